@@ -1,0 +1,18 @@
+// How long a command option lasts.
+#pragma once
+
+#include <cstdint>
+
+namespace motion::core::cmd {
+
+/// Permanence that a user asks for: "Once", "PermOn", "PermOff".
+enum class CmdOptPermType : std::uint32_t { ONCE = 0, PERM_ON = 1, PERM_OFF = 2 };
+
+/// Duration that an option answers with.
+enum class CmdOptDuration : std::uint32_t {
+  NONE = 0,         ///< accompanies nothing; ends a permanent option
+  ONE_COMMAND = 1,  ///< the next command
+  PERMANENT = 3,    ///< every following command
+};
+
+}  // namespace motion::core::cmd

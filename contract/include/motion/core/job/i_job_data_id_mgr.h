@@ -1,0 +1,11 @@
+// Names of the data that jobs exchange.
+#pragma once
+
+#include "motion/core/id_manager.h"
+#include "motion/core/named_type.h"
+
+namespace motion::core::job {
+
+class IJobDataIDMgr : public IDManager<DataID> {};
+
+}  // namespace motion::core::job

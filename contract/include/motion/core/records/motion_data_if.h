@@ -1,0 +1,17 @@
+// The record of data functions.
+#pragma once
+
+#include "motion/core/results.h"
+
+namespace motion::core {
+
+/// Published by the host.
+struct MotionDataIfT {
+  void* context = nullptr;
+  /// Actual position of an axis [m]. [any]
+  FctResult (*getAxisPosition)(void* context, const char* objName, double& position) = nullptr;
+  /// Actual velocity of an axis [m/s]. [any]
+  FctResult (*getAxisVelocity)(void* context, const char* objName, double& velocity) = nullptr;
+};
+
+}  // namespace motion::core

@@ -1,0 +1,116 @@
+#include "host/motion/builtin/builtin_cmds.h"
+
+#include "host/motion/builtin/cmd_axis_move.h"
+#include "host/motion/builtin/cmd_dwell.h"
+#include "motion/core/cmd/cmd_groups.h"
+#include "motion/core/cmd/i_cmd.h"
+#include "motion/core/i_obj.h"
+#include "motion/core/obj/kin_pose.h"
+#include "schemas/host/cmdDwell_bfbs_generated.h"
+#include "schemas/host/cmdDwell_generated.h"
+#include "schemas/host/cmdMoveAbs_bfbs_generated.h"
+#include "schemas/host/cmdMoveAbs_generated.h"
+#include "schemas/host/cmdMoveRel_bfbs_generated.h"
+#include "schemas/host/cmdMoveRel_generated.h"
+
+namespace motion::host::builtin {
+
+using core::ObjectType;
+using core::cmd::CmdResult;
+
+namespace {
+
+/// Decodes a FlatBuffers value with root table TABLE into a container; `read` turns the table into the payload.
+template <typename TABLE, typename CONTAINER, typename READ>
+core::cmd::CmdMarshalFn marshalWith(READ read) {
+  return [read](const comm::datalayer::Variant* data, core::IContainer*& container, bool& owned) {
+    if (data == nullptr || data->getType() != comm::datalayer::VariantType::FLATBUFFERS) {
+      return CmdResult::InvalidParameterData;
+    }
+    const auto bytes = data->getFlatBuffer();
+    flatbuffers::Verifier verifier(bytes.data(), bytes.size());
+    if (!verifier.VerifyBuffer<TABLE>(nullptr)) {
+      return CmdResult::InvalidParameterData;
+    }
+    container = new CONTAINER(read(*flatbuffers::GetRoot<TABLE>(bytes.data())));
+    owned = true;
+    return CmdResult::Okay;
+  };
+}
+
+template <typename SCHEMA>
+std::vector<std::uint8_t> schemaBytes() {
+  return {SCHEMA::data(), SCHEMA::data() + SCHEMA::size()};
+}
+
+template <typename CMD, ObjectType TYPE, typename... ARGS>
+auto createWith(ARGS... args) {
+  return wrapCreate<TYPE>([args...](core::IObjFactory& factory, bool buffered, core::cmd::CmdGeneric<TYPE>*& cmd,
+                                    std::string& errText) {
+    if (!buffered) {
+      errText = "this command can not be used as a non - buffered command";
+      return CmdResult::Refused;
+    }
+    cmd = new CMD(args..., factory);
+    errText.clear();
+    return CmdResult::Okay;
+  });
+}
+
+template <ObjectType TYPE>
+void registerDwell(GenericCmdFactory& cmdFactory, const char* group) {
+  cmdFactory.addBuiltIn({{TYPE, CmdDwell<TYPE>::staticName()},
+                         createWith<CmdDwell<TYPE>, TYPE>(),
+                         marshalWith<fbs::CmdDwell, DwellPars>([](const fbs::CmdDwell& table) {
+                           return DwellParsT{table.time()};
+                         }),
+                         true,
+                         {group},
+                         schemaBytes<fbs::CmdDwellBinarySchema>(),
+                         "Wait for a time",
+                         true});
+}
+
+void registerMoves(GenericCmdFactory& cmdFactory) {
+  const std::vector<std::string> groups{core::cmd::axs::GROUP_MOTION_COMMANDS};
+  cmdFactory.addBuiltIn({{ObjectType::AXIS, CmdAxisMove::staticName(MoveKind::ABSOLUTE)},
+                         createWith<CmdAxisMove, ObjectType::AXIS>(MoveKind::ABSOLUTE),
+                         marshalWith<fbs::CmdMoveAbs, AxisMovePars>([](const fbs::CmdMoveAbs& table) {
+                           return AxisMoveParsT{table.to(), table.velocity(), table.acceleration()};
+                         }),
+                         true,
+                         groups,
+                         schemaBytes<fbs::CmdMoveAbsBinarySchema>(),
+                         "Move to a position",
+                         true});
+  cmdFactory.addBuiltIn({{ObjectType::AXIS, CmdAxisMove::staticName(MoveKind::RELATIVE)},
+                         createWith<CmdAxisMove, ObjectType::AXIS>(MoveKind::RELATIVE),
+                         marshalWith<fbs::CmdMoveRel, AxisMovePars>([](const fbs::CmdMoveRel& table) {
+                           return AxisMoveParsT{table.by(), table.velocity(), table.acceleration()};
+                         }),
+                         true,
+                         groups,
+                         schemaBytes<fbs::CmdMoveRelBinarySchema>(),
+                         "Move by a distance",
+                         true});
+}
+
+}  // namespace
+
+void registerCmds(GenericCmdFactory& cmdFactory, ObjFactory& objFactory, JobDataIDMgr& ids) {
+  std::unique_ptr<core::IAmCreatable> profile = std::make_unique<ProfileJob>();
+  std::unique_ptr<core::IAmCreatable> dwell = std::make_unique<DwellJob>();
+  objFactory.registerObj(profile, 0);
+  objFactory.registerObj(dwell, 0);
+  ids.addID(ProfilePars::getMyID(), "AxisProfilePars");
+  ids.addID(DwellJobPars::getMyID(), "DwellJobPars");
+  ids.addID(AxisSetpoint::getMyID(), "AxisSetpoint");
+  ids.addID(core::IObjPtr::getMyID(), "IObjPtr");
+  ids.addID(core::cmd::ICmdPtr::getMyID(), "ICmdPtr");
+  ids.addID(core::KinPose::getMyID(), "KinPose");
+  registerMoves(cmdFactory);
+  registerDwell<ObjectType::AXIS>(cmdFactory, core::cmd::axs::GROUP_NON_MOTION_COMMANDS);
+  registerDwell<ObjectType::KINEMATICS>(cmdFactory, core::cmd::kin::GROUP_NON_MOTION_COMMANDS);
+}
+
+}  // namespace motion::host::builtin

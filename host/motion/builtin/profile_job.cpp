@@ -1,0 +1,68 @@
+#include "host/motion/builtin/profile_job.h"
+
+#include <fmt/format.h>
+
+#include "host/motion/builtin/job_data.h"
+#include "host/motion/section_mgr.h"
+
+namespace motion::host::builtin {
+
+using core::job::JobListTypes;
+using core::job::JobResult;
+
+JobResult ProfileJob::registerInputs(core::job::IJobDataHandler* handler) {
+  core::IObjPtr* object = nullptr;
+  for (const JobResult result : {readData(*handler, SectionMgr::CMD_DATA, m_pars),
+                                 readData(*handler, SectionMgr::OBJ_DATA, m_setpoint),
+                                 readData(*handler, SectionMgr::OBJ_DATA, object)}) {
+    if (core::isFailure(result)) {
+      return result;
+    }
+  }
+  m_object = object->getRef();
+  return JobResult::NoEffect;
+}
+
+JobResult ProfileJob::addJobsToJoblist(core::job::IJobList* list, JobListTypes type) {
+  switch (type) {
+    case JobListTypes::BEFORE_EXECUTION:
+      return list->addJob([this] { return plan(); }, NAME, SectionMgr::EXEC_DYNAMICS);
+    case JobListTypes::CYCLIC_EXECUTION:
+      return list->addJob([this] { return follow(); }, NAME, SectionMgr::EXEC_DYNAMICS);
+    default:
+      return JobResult::ListTypeNotServed;
+  }
+}
+
+std::string ProfileJob::getJobString() const {
+  if (m_pars == nullptr) {
+    return "No inputs registered";
+  }
+  const ProfileParsT& pars = m_pars->getRef();
+  return fmt::format("move{}(target={},velocity={},acceleration={})", pars.relative ? "Rel" : "Abs", pars.target,
+                     pars.velocity, pars.acceleration);
+}
+
+JobResult ProfileJob::plan() {
+  const ProfileParsT& pars = m_pars->getRef();
+  const double start = m_setpoint->getRef().position;
+  m_target = pars.relative ? start + pars.target : pars.target;
+  m_profile.SetMax(pars.velocity, pars.acceleration);
+  m_profile.SetProfile(start, m_target);
+  m_cycles = 0;
+  return JobResult::NoEffect;
+}
+
+JobResult ProfileJob::follow() {
+  ++m_cycles;
+  const double time = static_cast<double>(m_cycles) * m_object->getCycleTime();
+  AxisSetpointT& setpoint = m_setpoint->getRef();
+  if (time >= m_profile.Duration()) {
+    setpoint = {m_target, 0.0};
+    return JobResult::CmdFinished;
+  }
+  setpoint = {m_profile.Pos(time), m_profile.Vel(time)};
+  return JobResult::Busy;
+}
+
+}  // namespace motion::host::builtin

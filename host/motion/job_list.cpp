@@ -1,0 +1,47 @@
+#include "host/motion/job_list.h"
+
+#include <algorithm>
+#include <new>
+
+#include "host/motion/section_mgr.h"
+
+namespace motion::host {
+
+using core::job::JobResult;
+
+JobResult JobList::addJob(const core::job::Job& job, const char* name, core::SectionValue section) {
+  if (!SectionMgr::isKnown(section)) {
+    return JobResult::UnknownSection;
+  }
+  if (!job) {
+    return JobResult::InvalidObject;
+  }
+  try {
+    const auto place = std::ranges::upper_bound(m_jobs, section, {}, &Entry::section);
+    m_jobs.insert(place, Entry{job, name, section});
+  } catch (const std::bad_alloc&) {
+    return JobResult::OutOfMemory;
+  }
+  return JobResult::NoEffect;
+}
+
+JobListResult JobList::run() const noexcept {
+  JobListResult total;
+  for (const Entry& entry : m_jobs) {
+    JobResult result = JobResult::ExecutionFailed;
+    try {
+      result = entry.job();
+    } catch (...) {
+      // A job has no right to throw across the contract; it counts as failed.
+    }
+    if (core::isFailure(result)) {
+      return {result, entry.name};
+    }
+    if (result == JobResult::CmdFinished || total.result == JobResult::NoEffect) {
+      total.result = result;
+    }
+  }
+  return total;
+}
+
+}  // namespace motion::host

@@ -1,0 +1,232 @@
+#include "host/motion/motion_object.h"
+
+#include <algorithm>
+
+#include "host/motion/section_mgr.h"
+#include "host/motion/unit_helper.h"
+
+namespace motion::host {
+
+using core::cmd::CmdState;
+using core::job::JobResult;
+
+namespace {
+
+/// Commands whose state can be asked for: all that wait, the current one, and some that have ended.
+std::size_t slotCount(std::uint32_t bufferSize) { return std::size_t{bufferSize} + 16; }
+
+EventKind endEvent(CmdState state) {
+  switch (state) {
+    case CmdState::DONE:
+      return EventKind::CMD_DONE;
+    case CmdState::FAILED:
+      return EventKind::CMD_FAILED;
+    default:
+      return EventKind::CMD_ABORTED;
+  }
+}
+
+}  // namespace
+
+MotionObject::MotionObject(ObjectConfig config, RetiredCmds& retired)
+    : m_moves(config.type == core::ObjectType::AXIS),
+      m_prepared(config.bufferSize + std::size_t{1}),
+      m_position(config.start[0]),
+      m_setpoint(AxisSetpointT{config.start[0], 0.0}),
+      m_retired(retired),
+      m_config(std::move(config)),
+      m_units(UnitHelper::defaultSettings()),
+      m_objPtr(this),
+      m_pose(core::KinPoseT{m_config.start[0], m_config.start[1], m_config.start[2], 0.0, 0.0, 0.0}),
+      m_slotCount(slotCount(m_config.bufferSize)),
+      m_slots(std::make_unique<StateSlot[]>(m_slotCount)) {
+  m_data.registerPublish(core::IObjPtr::getMyID(), SectionMgr::OBJ_DATA, "host", &m_objPtr);
+  if (isAxis()) {
+    m_data.registerPublish(AxisSetpoint::getMyID(), SectionMgr::OBJ_DATA, "host", &m_setpoint);
+  } else {
+    m_data.registerPublish(core::KinPose::getMyID(), SectionMgr::GEOMETRY_TOOL_OFFSET, "host", &m_pose);
+  }
+}
+
+void MotionObject::runCycle(std::uint64_t cycle) noexcept {
+  m_cycleCount.store(cycle, std::memory_order_relaxed);
+  if (m_abortUpTo.load(std::memory_order_acquire) != m_abortDone) {
+    carryOutAbort();
+  }
+  if (m_current == nullptr) {
+    takeNext();
+  }
+  if (m_current != nullptr) {
+    runCurrent();
+  }
+}
+
+void MotionObject::prefetch() const noexcept {
+  if (m_current != nullptr) {
+    __builtin_prefetch(m_current->cyclicJobs().data());
+  }
+}
+
+void MotionObject::takeNext() noexcept {
+  CmdFrame* frame = nullptr;
+  while (m_current == nullptr && m_prepared.pop(frame)) {
+    releaseBuffer();
+    if (isAborted(frame->getCmdID())) {
+      retire(frame, CmdState::ABORTED);
+    } else {
+      activate(frame);
+    }
+  }
+}
+
+void MotionObject::activate(CmdFrame* frame) noexcept {
+  m_current = frame;
+  m_currentID.store(frame->getCmdID(), std::memory_order_release);
+  frame->setState(CmdState::ACTIVE);
+  event(EventKind::CMD_ACTIVE, frame->getCmdID());
+  JobListResult result;
+  try {
+    if (core::isFailure(frame->command().onCmdActivate())) {
+      result = {JobResult::ExecutionFailed, "onCmdActivate"};
+    }
+  } catch (...) {
+    result = {JobResult::ExecutionFailed, "onCmdActivate"};
+  }
+  if (!core::isFailure(result.result)) {
+    result = frame->beforeJobs().run();
+  }
+  if (core::isFailure(result.result)) {
+    frame->failure = result;
+    endCurrent(CmdState::FAILED);
+  }
+}
+
+void MotionObject::runCurrent() noexcept {
+  const JobListResult result = m_current->cyclicJobs().run();
+  if (core::isFailure(result.result)) {
+    m_current->failure = result;
+    publishMotion();
+    endCurrent(CmdState::FAILED);
+    return;
+  }
+  if (m_moves) {
+    publishMotion();
+  }
+  if (result.result == JobResult::CmdFinished) {
+    endCurrent(CmdState::DONE);
+  }
+}
+
+void MotionObject::endCurrent(CmdState state) noexcept {
+  CmdFrame* frame = m_current;
+  m_current = nullptr;
+  m_currentID.store(0, std::memory_order_release);
+  try {
+    static_cast<void>(frame->command().onCmdExit());
+  } catch (...) {
+    // The command has ended, whatever it says on leaving.
+  }
+  if (state != CmdState::DONE) {
+    // An axis that loses its command stands still; nothing else would move it.
+    m_setpoint.getRef().velocity = 0.0;
+    publishMotion();
+  }
+  if (state == CmdState::FAILED) {
+    raiseAbortUpTo(m_lastIssued.load(std::memory_order_acquire));
+  }
+  retire(frame, state);
+}
+
+void MotionObject::retire(CmdFrame* frame, CmdState state) noexcept {
+  frame->setState(state);
+  event(endEvent(state), frame->getCmdID(), core::toCode(frame->failure.result));
+  m_retired.push(frame);
+}
+
+void MotionObject::carryOutAbort() noexcept {
+  m_abortDone = m_abortUpTo.load(std::memory_order_acquire);
+  if (m_current != nullptr && isAborted(m_current->getCmdID())) {
+    endCurrent(CmdState::ABORTED);
+  }
+}
+
+void MotionObject::publishMotion() noexcept {
+  const AxisSetpointT& setpoint = m_setpoint.getRef();
+  const double before = m_velocity.load(std::memory_order_relaxed);
+  m_position.store(setpoint.position, std::memory_order_relaxed);
+  m_velocity.store(setpoint.velocity, std::memory_order_relaxed);
+  if (before == 0.0 && setpoint.velocity != 0.0) {
+    event(EventKind::MOTION_BEGAN, getCurrentCmdID());
+  }
+}
+
+void MotionObject::abortAll() noexcept { raiseAbortUpTo(m_lastIssued.load(std::memory_order_acquire)); }
+
+void MotionObject::raiseAbortUpTo(std::uint64_t cmdID) noexcept {
+  std::uint64_t known = m_abortUpTo.load(std::memory_order_relaxed);
+  while (known < cmdID && !m_abortUpTo.compare_exchange_weak(known, cmdID, std::memory_order_acq_rel)) {
+  }
+}
+
+bool MotionObject::reserveBuffer() noexcept {
+  if (m_buffered.fetch_add(1, std::memory_order_relaxed) < m_config.bufferSize) {
+    return true;
+  }
+  releaseBuffer();
+  return false;
+}
+
+void MotionObject::putPrepared(CmdFrame* frame) noexcept {
+  m_latestPrepared.store(frame->getCmdID(), std::memory_order_release);
+  // There is room: reserveBuffer admits no more commands than the queue takes.
+  static_cast<void>(m_prepared.push(frame));
+}
+
+void MotionObject::noteCmdState(std::uint64_t cmdID, CmdState state) noexcept {
+  if (state == CmdState::BUFFERED) {
+    StateSlot& slot = m_slots[m_nextSlot];
+    m_nextSlot = (m_nextSlot + 1) % m_slotCount;
+    slot.cmdID.store(0, std::memory_order_release);
+    slot.state.store(state, std::memory_order_release);
+    slot.cmdID.store(cmdID, std::memory_order_release);
+    return;
+  }
+  for (std::size_t i = 0; i < m_slotCount; ++i) {
+    if (m_slots[i].cmdID.load(std::memory_order_acquire) == cmdID) {
+      m_slots[i].state.store(state, std::memory_order_release);
+      return;
+    }
+  }
+}
+
+CmdState MotionObject::getCmdState(std::uint64_t cmdID) const {
+  for (std::size_t i = 0; i < m_slotCount; ++i) {
+    const StateSlot& slot = m_slots[i];
+    if (slot.cmdID.load(std::memory_order_acquire) == cmdID) {
+      const CmdState state = slot.state.load(std::memory_order_acquire);
+      if (slot.cmdID.load(std::memory_order_acquire) == cmdID) {
+        return state;
+      }
+    }
+  }
+  return CmdState::DONE;
+}
+
+void MotionObject::clear() noexcept {
+  if (m_current != nullptr) {
+    endCurrent(CmdState::ABORTED);
+  }
+  CmdFrame* frame = nullptr;
+  while (m_prepared.pop(frame)) {
+    releaseBuffer();
+    retire(frame, CmdState::ABORTED);
+  }
+}
+
+void MotionObject::event(EventKind kind, std::uint64_t cmdID, std::uint32_t detail) noexcept {
+  if (m_events != nullptr) {
+    m_events->write({getCycleCount(), kind, m_config.index, cmdID, detail});
+  }
+}
+
+}  // namespace motion::host

@@ -1,0 +1,205 @@
+#include "host/motion/runtime.h"
+
+#include <fmt/format.h>
+
+#include "host/motion/builtin/builtin_cmds.h"
+#include "host/motion/motion_ext.h"
+#include "host/motion/unit_helper.h"
+
+namespace motion::host {
+
+using core::FctResult;
+
+Runtime::Runtime(const RuntimeConfig& config)
+    : m_config(config),
+      m_cmdFactory(m_complaints),
+      m_cmdOptionFactory(m_complaints),
+      m_cycle(m_objMgr.objects()),
+      m_preparation(m_objFactory, m_cmdFactory, m_retired, m_cycle.begunCounter()) {
+  fillRecords();
+  std::unique_ptr<core::IAmCreatable> unitHelper = std::make_unique<UnitHelper>();
+  m_objFactory.registerObj(unitHelper, 0);
+  builtin::registerCmds(m_cmdFactory, m_objFactory, m_jobDataIDMgr);
+}
+
+Runtime::~Runtime() {
+  stopThreads();
+  stopCommands();
+}
+
+MotionObject* Runtime::addObject(const std::string& name, core::ObjectType type, const std::array<double, 3>& start) {
+  MotionObject* object = m_objMgr.add({name, type, start, m_config.cycleTime, m_config.bufferSize, 0}, m_retired);
+  m_cycle.setObjects(m_objMgr.objects());
+  return object;
+}
+
+FctResult Runtime::addCmd(const core::dia::CmdSourceInfo& source, const char* objName, const std::string& cmdType,
+                          const core::IContainer& values, std::uint32_t count, unsigned long* cmdId) {
+  if (cmdId == nullptr || count != 1) {
+    return FctResult::InvalidParameter;
+  }
+  MotionObject* object = m_objMgr.find(objName);
+  if (object == nullptr) {
+    return FctResult::ObjectNotFound;
+  }
+  std::string problem;
+  return m_preparation.add(*object, cmdType, values, source, *cmdId, problem);
+}
+
+FctResult Runtime::addCmdOption(const core::dia::CmdSourceInfo& /*source*/, const char* objName,
+                                const std::string& /*cmdType*/, core::cmd::CmdOptPermType /*permType*/,
+                                core::IContainer& /*values*/) {
+  // No object of this runtime takes options yet.
+  return m_objMgr.find(objName) == nullptr ? FctResult::ObjectNotFound : FctResult::OptionNotSupported;
+}
+
+std::unique_ptr<core::IContainer> Runtime::marshal(MotionObject& object, const std::string& cmdName,
+                                                   const comm::datalayer::Variant& parameters, FctResult& result,
+                                                   std::string& problem) {
+  const auto entry = m_cmdFactory.find({object.type(), cmdName});
+  if (entry == nullptr) {
+    result = FctResult::NotSupportedByObject;
+    problem = fmt::format("'{}' is not a command of '{}'", cmdName, object.name());
+    return nullptr;
+  }
+  core::IContainer* container = nullptr;
+  bool owned = false;
+  const auto marshalled = entry->marshal(&parameters, container, owned);
+  if (core::isFailure(marshalled) || container == nullptr || !owned) {
+    result = FctResult::InvalidParameter;
+    problem = fmt::format("the parameters of '{}' of '{}' could not be decoded (0x{:08X})", cmdName, object.name(),
+                          core::toCode(marshalled));
+    return nullptr;
+  }
+  return std::unique_ptr<core::IContainer>(container);
+}
+
+FctResult Runtime::issue(MotionObject& object, const std::string& cmdName, const comm::datalayer::Variant& parameters,
+                         const core::dia::CmdSourceInfo& source, unsigned long& cmdId, std::string& problem) {
+  FctResult result = FctResult::NotOkay;
+  const auto values = marshal(object, cmdName, parameters, result, problem);
+  return values == nullptr ? result : m_preparation.add(object, cmdName, *values, source, cmdId, problem);
+}
+
+FctResult Runtime::tryOut(MotionObject& object, const std::string& cmdName, const comm::datalayer::Variant& parameters,
+                          const core::dia::CmdSourceInfo& source, std::string& problem) {
+  FctResult result = FctResult::NotOkay;
+  const auto values = marshal(object, cmdName, parameters, result, problem);
+  return values == nullptr ? result : m_preparation.tryOut(object, cmdName, *values, source, problem);
+}
+
+void Runtime::step() {
+  m_preparation.prepareAll();
+  m_cycle.run();
+}
+
+void Runtime::startThreads(IPacer& pacer, const std::function<void(const std::string& warning)>& onStarted) {
+  m_stopCycles = false;
+  m_preparation.startThread();
+  m_cyclicThread = std::thread([this, &pacer, onStarted] { runCyclicThread(pacer, onStarted); });
+}
+
+void Runtime::runCyclicThread(IPacer& pacer, const std::function<void(const std::string&)>& onStarted) noexcept {
+  onStarted(requestRealTime());
+  while (!m_stopCycles.load(std::memory_order_relaxed)) {
+    pacer.waitForCycle();
+    m_cycle.run();
+  }
+}
+
+void Runtime::stopThreads() {
+  m_stopCycles = true;
+  if (m_cyclicThread.joinable()) {
+    m_cyclicThread.join();
+  }
+  m_preparation.stopThread();
+}
+
+void Runtime::stopCommands() {
+  for (const auto& object : m_objMgr.objects()) {
+    object->clear();
+  }
+  m_preparation.clear();
+}
+
+namespace {
+
+Runtime& runtimeOf(void* context) { return *static_cast<Runtime*>(context); }
+
+FctResult abortCmds(void* context, const char* objName) {
+  MotionObject* object = runtimeOf(context).objMgr().find(objName);
+  if (object == nullptr) {
+    return FctResult::ObjectNotFound;
+  }
+  object->abortAll();
+  return FctResult::Okay;
+}
+
+FctResult getCycleTime(void* context, double& seconds) {
+  seconds = runtimeOf(context).cycleTime();
+  return FctResult::Okay;
+}
+
+std::uint32_t getObjCount(void* context) { return runtimeOf(context).objMgr().getObjCount(); }
+
+FctResult abortCmd(core::cmd::ICmdContext* context, const core::dia::CmdSourceInfo& /*source*/, const char* objName) {
+  return context == nullptr ? FctResult::NotAvailable : abortCmds(static_cast<Runtime*>(context), objName);
+}
+
+FctResult dwellCmd(core::cmd::ICmdContext* context, const core::dia::CmdSourceInfo& source, const char* objName,
+                   double duration, unsigned long& cmdId) {
+  if (context == nullptr) {
+    return FctResult::NotAvailable;
+  }
+  const builtin::DwellPars values(builtin::DwellParsT{duration});
+  return context->addCmd(source, objName, "Dwell", values, 1, &cmdId);
+}
+
+template <double (MotionObject::*QUERY)() const noexcept>
+FctResult getAxisValue(void* context, const char* objName, double& value) {
+  const MotionObject* object = runtimeOf(context).objMgr().find(objName);
+  if (object == nullptr) {
+    return FctResult::ObjectNotFound;
+  }
+  if (!object->isAxis()) {
+    return FctResult::NotSupportedByObject;
+  }
+  value = (object->*QUERY)();
+  return FctResult::Okay;
+}
+
+FctResult createExtIfObj(void* context, const core::ComponentVersionAdd* version, core::IMotionExt** ext) {
+  if (version == nullptr || ext == nullptr) {
+    return FctResult::InvalidParameter;
+  }
+  try {
+    *ext = new MotionExt(runtimeOf(context));
+  } catch (const std::bad_alloc&) {
+    return FctResult::OutOfMemory;
+  }
+  return FctResult::Okay;
+}
+
+std::uint32_t getInterfaceVersion(void* /*context*/) { return 1; }
+
+}  // namespace
+
+void Runtime::fillRecords() {
+  m_records.extension = {this, createExtIfObj, getInterfaceVersion};
+  m_records.sys.context = this;
+  m_records.sys.getObjCount = getObjCount;
+  m_records.sys.getCycleTime = getCycleTime;
+  m_records.sys.abortCmds = abortCmds;
+  m_records.sysGeneral = {getObjCount, getCycleTime, abortCmds};
+  m_records.sys2 = {this, &m_records.sysGeneral, &m_records.sysSync};
+  m_records.cmd.abortCmd = abortCmd;
+  m_records.cmd.dwellCmd = dwellCmd;
+  m_records.cmdGeneral.abortCmd = abortCmd;
+  m_records.cmdGeneral.dwellCmd = dwellCmd;
+  m_records.cmdKin.abortCmd = abortCmd;
+  m_records.cmd2.general = &m_records.cmdGeneral;
+  m_records.cmd2.kin = &m_records.cmdKin;
+  m_records.data = {this, getAxisValue<&MotionObject::position>, getAxisValue<&MotionObject::velocity>};
+}
+
+}  // namespace motion::host
