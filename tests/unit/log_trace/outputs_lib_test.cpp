@@ -1,0 +1,128 @@
+// Internal output: its form on standard error, its limits, the hook that replaces it, and the internal trace object.
+#include "log_trace/outputs_lib.h"
+
+#include <gmock/gmock.h>
+
+#include <atomic>
+#include <cwchar>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "interception.h"
+#include "log_trace/log_buffered3.h"
+
+namespace common::log {
+namespace {
+
+using motion::test::OutputTap;
+using testing::internal::CaptureStderr;
+using testing::internal::GetCapturedStderr;
+
+TEST(OutputsLibTest, WritesLevelFunctionLineAndMessageToStandardError) {
+  CaptureStderr();
+  outputFunction("ERR", 17, "logFinal", "value %d of '%s'", 5, "origin");
+  EXPECT_EQ(GetCapturedStderr(), "ERR: logFinal (line 17): value 5 of 'origin'\n");
+}
+
+TEST(OutputsLibTest, MessageIsCutAtItsBuffer) {
+  OutputTap output;
+  outputFunction("ERR", 1, "f", "%s", std::string(199, 'x').c_str());
+  outputFunction("ERR", 1, "f", "%s", (std::string(199, 'x') + "y").c_str());
+  ASSERT_EQ(output.messages().size(), 2U);
+  EXPECT_EQ(output.messages()[0].text, std::string(199, 'x'));
+  EXPECT_EQ(output.messages()[1].text, std::string(199, 'x'));
+}
+
+TEST(OutputsLibTest, LongLineStillEndsTheLine) {
+  CaptureStderr();
+  outputFunction("ERR", 1, std::string(600, 'f').c_str(), "lost");
+  const std::string written = GetCapturedStderr();
+  EXPECT_EQ(written, "ERR: " + std::string(505, 'f') + "\n");
+}
+
+TEST(OutputsLibTest, UnformattableMessageFallsBackToItsFormat) {
+  const wchar_t invalid[] = {static_cast<wchar_t>(0x7FFFFFFF), L'\0'};
+  OutputTap output;
+  outputFunction("ERR", 1, "f", "wide %ls", invalid);
+  EXPECT_THAT(output.texts(), testing::ElementsAre("wide %ls"));
+}
+
+TEST(OutputsLibTest, NullTextsCountAsEmpty) {
+  CaptureStderr();
+  outputMessageLog(nullptr, 3, nullptr, nullptr);
+  EXPECT_EQ(GetCapturedStderr(), ":  (line 3): \n");
+  OutputTap output;
+  outputMessageLog(nullptr, 3, nullptr, nullptr);
+  ASSERT_EQ(output.messages().size(), 1U);
+  EXPECT_EQ(output.messages()[0].text, "");
+}
+
+TEST(OutputsLibTest, HookReceivesMessagesInsteadOfStandardError) {
+  CaptureStderr();
+  {
+    OutputTap output;
+    outputFunction("ERR", 42, "sendLog", "number %d", 7);
+    ASSERT_EQ(output.messages().size(), 1U);
+    EXPECT_EQ(output.messages()[0].level, "ERR");
+    EXPECT_EQ(output.messages()[0].line, 42U);
+    EXPECT_EQ(output.messages()[0].function, "sendLog");
+    EXPECT_EQ(output.messages()[0].text, "number 7");
+  }
+  EXPECT_EQ(GetCapturedStderr(), "");
+  CaptureStderr();
+  outputMessageLog("ERR", 2, "f", "after removal");
+  EXPECT_EQ(GetCapturedStderr(), "ERR: f (line 2): after removal\n");
+}
+
+TEST(OutputsLibTest, HookIsFedFromSeveralThreads) {
+  constexpr int THREADS = 4;
+  constexpr int MESSAGES = 200;
+  std::atomic<int> count{0};
+  setOutputHook([](const char*, unsigned int, const char*, const char*,
+                   void* userData) noexcept { static_cast<std::atomic<int>*>(userData)->fetch_add(1); },
+                &count);
+  std::vector<std::jthread> threads;
+  for (int i = 0; i < THREADS; ++i) {
+    threads.emplace_back([] {
+      for (int message = 0; message < MESSAGES; ++message) {
+        outputFunction("ERR", 1, "f", "message %d", message);
+      }
+    });
+  }
+  threads.clear();
+  setOutputHook(nullptr, nullptr);
+  EXPECT_EQ(count.load(), THREADS * MESSAGES);
+}
+
+TEST(OutputsLibTest, LinesOfSeveralThreadsStayWhole) {
+  CaptureStderr();
+  std::vector<std::jthread> threads;
+  for (int i = 0; i < 4; ++i) {
+    threads.emplace_back([] {
+      for (int message = 0; message < 50; ++message) {
+        outputFunction("ERR", 1, "f", "%s", std::string(100, 'z').c_str());
+      }
+    });
+  }
+  threads.clear();
+  std::istringstream written(GetCapturedStderr());
+  int count = 0;
+  for (std::string line; std::getline(written, line); ++count) {
+    EXPECT_EQ(line, "ERR: f (line 1): " + std::string(100, 'z'));
+  }
+  EXPECT_EQ(count, 200);
+}
+
+TEST(OutputsLibTest, KeepsTheInternalTraceObject) {
+  trace::LogBuffered3 internalTrace("internal", true);
+  EXPECT_EQ(getInternalTracePointer(), nullptr);
+  setInternalTracePointer(&internalTrace);
+  EXPECT_EQ(getInternalTracePointer(), &internalTrace);
+  removeInternalTracePointer();
+  EXPECT_EQ(getInternalTracePointer(), nullptr);
+}
+
+}  // namespace
+}  // namespace common::log
