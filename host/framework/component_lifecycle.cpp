@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <exception>
 #include <iterator>
 #include <optional>
 #include <utility>
@@ -48,9 +49,11 @@ ComponentLifecycle::ComponentLifecycle(LoadedBundle bundle) noexcept : m_bundle(
 ComponentLifecycle::~ComponentLifecycle() {
   try {
     takeRemainingSteps();
-  } catch (...) {
-    // Without a thread for stop the component still runs; deleting it would pull the ground from under its own threads.
-    std::fputs("the component could not be shut down and stays loaded: the host is out of memory or threads\n", stderr);
+  } catch (const std::exception& exception) {
+    // Only a lack of threads or memory leads here. A component that could not be stopped still runs threads of its own, so
+    // its code must stay.
+    fmt::print(stderr, "bundle '{}': not all steps of the shut-down could be taken: {}; the component stays loaded\n",
+               m_bundle.directory().string(), exception.what());
     m_state = LifecycleState::LOST;
   }
   if (isLost()) {

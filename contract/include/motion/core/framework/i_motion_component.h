@@ -12,7 +12,7 @@
 
 namespace motion::core::framework {
 
-/// The framework calls every operation by slot, from one thread. Order of a life: factory, services and bundle path and name
+/// The framework calls every operation by slot, one call at a time. Order of a life: factory, services and bundle path and name
 /// in any order, init, start, stop, deinit, removal of the services, destruction. The trace service may come and go at any
 /// time. All pointers are borrowed from set to remove. Lifecycle calls return 0 on success.
 class IMotionComponent {
