@@ -39,6 +39,20 @@ class Variant {
   using Strings = std::vector<std::string>;
 
   Variant() = default;
+  /// Builds the copy by assignment: this library's std::variant destroys an alternative that was never made when its own copy
+  /// constructor runs out of memory.
+  Variant(const Variant& other) {
+    m_value = other.m_value;
+    m_type = other.m_type;
+  }
+  Variant(Variant&& other) noexcept = default;
+  /// On failure the value is as it was.
+  Variant& operator=(const Variant& other) {
+    Variant copy(other);
+    return *this = std::move(copy);
+  }
+  Variant& operator=(Variant&& other) noexcept = default;
+  ~Variant() = default;
   explicit Variant(bool value) : m_type(VariantType::BOOL8), m_value(value) {}
   explicit Variant(std::int32_t value) : m_type(VariantType::INT32), m_value(std::int64_t{value}) {}
   explicit Variant(std::uint32_t value) : m_type(VariantType::UINT32), m_value(std::uint64_t{value}) {}
