@@ -144,7 +144,9 @@ template <core::ObjectType TYPE>
                                           std::unique_ptr<core::cmd::ICmdGeneric>& cmd, std::string& errText) {
     core::cmd::CmdGeneric<TYPE>* made = nullptr;
     const auto result = onCreate(factory, buffered, made, errText);
-    cmd.reset(made);
+    if (!core::isFailure(result)) {
+      cmd.reset(made);
+    }
     return result;
   };
 }

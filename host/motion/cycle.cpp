@@ -34,6 +34,9 @@ void Cycle::run() noexcept {
       m_observer->afterObject(cycle, *m_objects[i]);
     }
   }
+  if (m_observer != nullptr) {
+    m_observer->afterObjects(cycle);
+  }
   m_ended.store(cycle, std::memory_order_release);
 }
 

@@ -17,6 +17,7 @@ class ICycleObserver {
   virtual ~ICycleObserver() = default;
   virtual void beforeObjects(std::uint64_t cycle) noexcept = 0;                          ///< [cyclic & real-time]
   virtual void afterObject(std::uint64_t cycle, const MotionObject& object) noexcept = 0;  ///< [cyclic & real-time]
+  virtual void afterObjects(std::uint64_t cycle) noexcept = 0;                           ///< [cyclic & real-time]
 };
 
 class Cycle {

@@ -184,6 +184,10 @@ void MotionObject::putPrepared(CmdFrame* frame) noexcept {
 
 void MotionObject::noteCmdState(std::uint64_t cmdID, CmdState state) noexcept {
   if (state == CmdState::BUFFERED) {
+    // The oldest command that has ended makes room; there are more slots than commands that can be alive.
+    for (std::size_t i = 0; i < m_slotCount && m_slots[m_nextSlot].isAlive(); ++i) {
+      m_nextSlot = (m_nextSlot + 1) % m_slotCount;
+    }
     StateSlot& slot = m_slots[m_nextSlot];
     m_nextSlot = (m_nextSlot + 1) % m_slotCount;
     slot.cmdID.store(0, std::memory_order_release);
@@ -200,7 +204,7 @@ void MotionObject::noteCmdState(std::uint64_t cmdID, CmdState state) noexcept {
 }
 
 CmdState MotionObject::getCmdState(std::uint64_t cmdID) const {
-  for (std::size_t i = 0; i < m_slotCount; ++i) {
+  for (std::size_t i = 0; cmdID != 0 && i < m_slotCount; ++i) {
     const StateSlot& slot = m_slots[i];
     if (slot.cmdID.load(std::memory_order_acquire) == cmdID) {
       const CmdState state = slot.state.load(std::memory_order_acquire);

@@ -122,6 +122,10 @@ class MotionObject : public core::IObj {
   struct StateSlot {
     std::atomic<std::uint64_t> cmdID{0};
     std::atomic<core::cmd::CmdState> state{core::cmd::CmdState::CREATED};
+
+    [[nodiscard]] bool isAlive() const noexcept {
+      return cmdID.load(std::memory_order_acquire) != 0 && state.load(std::memory_order_acquire) < core::cmd::CmdState::DONE;
+    }
   };
   std::size_t m_slotCount;
   std::unique_ptr<StateSlot[]> m_slots;

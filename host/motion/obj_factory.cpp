@@ -1,5 +1,7 @@
 #include "host/motion/obj_factory.h"
 
+#include <new>
+
 #include "motion/core/job/job_object_base.h"
 
 namespace motion::host {
@@ -12,11 +14,15 @@ ObjFactoryResult ObjFactory::registerObj(std::unique_ptr<core::IAmCreatable>& pr
     return ObjFactoryResult::InvalidArgument;
   }
   const std::scoped_lock lock(m_mutex);
-  const auto [place, isNew] = m_prototypes.try_emplace(prototype->getID());
-  if (!isNew) {
-    return ObjFactoryResult::AlreadyKnown;
+  try {
+    const auto [place, isNew] = m_prototypes.try_emplace(prototype->getID());
+    if (!isNew) {
+      return ObjFactoryResult::AlreadyKnown;
+    }
+    place->second = std::move(prototype);
+  } catch (const std::bad_alloc&) {
+    return ObjFactoryResult::CreationFailed;
   }
-  place->second = std::move(prototype);
   return ObjFactoryResult::Okay;
 }
 
@@ -27,7 +33,12 @@ ObjFactoryResult ObjFactory::createObj(const char* name, std::uint32_t /*flags*/
   if (found == m_prototypes.end() || found->second->getType() != static_cast<std::uint32_t>(CreatableType::JOB)) {
     return ObjFactoryResult::UnknownObject;
   }
-  core::IAmCreatable* clone = found->second->createNew();
+  core::IAmCreatable* clone = nullptr;
+  try {
+    clone = found->second->createNew();
+  } catch (...) {
+    // A prototype has no right to throw across the contract; it made nothing.
+  }
   if (clone == nullptr) {
     return ObjFactoryResult::CreationFailed;
   }

@@ -5,6 +5,7 @@
 #include <sched.h>
 #include <sys/mman.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cmath>
 #include <cstring>
@@ -25,7 +26,7 @@ std::int64_t now() noexcept {
 
 }  // namespace
 
-RealTimePacer::RealTimePacer(double cycleTime) : m_period(std::llround(cycleTime * 1e9)) {}
+RealTimePacer::RealTimePacer(double cycleTime) : m_period(std::max(1LL, std::llround(cycleTime * 1e9))) {}
 
 void RealTimePacer::waitForCycle() noexcept {
   if (m_due == 0) {

@@ -35,6 +35,26 @@ std::string withDiagnosis(const std::string& text, MotionObject& object, std::ui
   return object.diaLog().count() > diagnosesBefore ? fmt::format("{}: {}", text, object.diaLog().latestText()) : text;
 }
 
+/// Runs `make`, which calls operations of a command; whatever they throw becomes a result with a text.
+template <typename MAKE>
+FctResult guarded(const MotionObject& object, const std::string& cmdName, std::string& problem, MAKE make) noexcept {
+  try {
+    try {
+      return make();
+    } catch (const std::bad_alloc&) {
+      problem = fmt::format("'{}' of '{}' could not be made: no memory", cmdName, object.name());
+      return FctResult::OutOfMemory;
+    } catch (const std::exception& error) {
+      problem = fmt::format("'{}' of '{}' could not be made: {}", cmdName, object.name(), error.what());
+    } catch (...) {
+      problem = fmt::format("'{}' of '{}' could not be made: an unknown exception", cmdName, object.name());
+    }
+    return FctResult::PreparationError;
+  } catch (...) {
+    return FctResult::OutOfMemory;  // not even the text could be made
+  }
+}
+
 }  // namespace
 
 Preparation::Preparation(ObjFactory& objFactory, GenericCmdFactory& cmdFactory, RetiredCmds& retired,
@@ -90,30 +110,28 @@ FctResult Preparation::add(MotionObject& object, const std::string& cmdName, con
       problem = fmt::format("the command buffer of '{}' is full ({} commands)", object.name(), object.bufferSize());
       return FctResult::TooManyCommands;
     }
-    FctResult result = FctResult::NotOkay;
-    Frame frame;
-    try {
-      frame = create(object, cmdName, values, source, result, problem);
-      if (frame != nullptr) {
+    Frame made;
+    const FctResult result = guarded(object, cmdName, problem, [&] {
+      FctResult creation = FctResult::NotOkay;
+      made = create(object, cmdName, values, source, creation, problem);
+      if (made != nullptr) {
         m_waiting.push_back(nullptr);  // whatever may throw comes before anything is noted
       }
-    } catch (const std::exception& error) {
-      frame = nullptr;
-      result = FctResult::OutOfMemory;
-      problem = fmt::format("'{}' of '{}' could not be made: {}", cmdName, object.name(), error.what());
-    }
-    if (frame == nullptr) {
+      return creation;
+    });
+    if (core::isFailure(result)) {
       object.releaseBuffer();
       return result;
     }
+    m_waiting.back() = std::move(made);
+    CmdFrame& frame = *m_waiting.back();
     cmdId = m_nextID++;
     ++m_alive;
-    object.noteIssued(frame->getCmdID());
-    frame->setState(CmdState::BUFFERED);
+    object.noteIssued(frame.getCmdID());
+    frame.setState(CmdState::BUFFERED);
     if (m_listener != nullptr) {
-      m_listener->onBuffered(*frame, nextCycle());
+      m_listener->onBuffered(frame, nextCycle());
     }
-    m_waiting.back() = std::move(frame);
   }
   m_wake.notify_one();
   return FctResult::Okay;
@@ -122,9 +140,11 @@ FctResult Preparation::add(MotionObject& object, const std::string& cmdName, con
 FctResult Preparation::tryOut(MotionObject& object, const std::string& cmdName, const core::IContainer& values,
                               const core::dia::CmdSourceInfo& source, std::string& problem) {
   const std::scoped_lock lock(m_mutex);
-  FctResult result = FctResult::NotOkay;
-  const Frame frame = create(object, cmdName, values, source, result, problem);
-  return result;
+  return guarded(object, cmdName, problem, [&] {
+    FctResult result = FctResult::NotOkay;
+    const Frame frame = create(object, cmdName, values, source, result, problem);
+    return result;
+  });
 }
 
 void Preparation::prepareAll() {
@@ -146,8 +166,8 @@ void Preparation::prepare(Frame frame) {
   const JobListResult result = frame->preparedJobs().run();
   if (core::isFailure(result.result)) {
     frame->failure = result;
-    object.abortAll();
     drop(std::move(frame));
+    dropWaiting(object);
     return;
   }
   frame->setState(CmdState::PREPARED);
@@ -166,6 +186,15 @@ void Preparation::drop(Frame frame) {
     m_listener->onRetired(*frame);
   }
   --m_alive;
+}
+
+void Preparation::dropWaiting(const MotionObject& object) {
+  for (Frame& frame : m_waiting) {
+    if (&frame->object() == &object) {
+      drop(std::move(frame));
+    }
+  }
+  std::erase(m_waiting, nullptr);
 }
 
 void Preparation::destroyRetired() {

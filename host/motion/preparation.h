@@ -67,6 +67,8 @@ class Preparation {
                              const core::dia::CmdSourceInfo& source, core::FctResult& result, std::string& problem);
   void prepare(Frame frame);
   void drop(Frame frame);
+  /// What is buffered behind a command that failed; what is ahead of it goes on.
+  void dropWaiting(const MotionObject& object);
   void destroyRetired();
   void runThread();
   [[nodiscard]] std::uint64_t nextCycle() const noexcept { return m_cycle.load(std::memory_order_acquire) + 1; }

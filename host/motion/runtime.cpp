@@ -38,12 +38,16 @@ FctResult Runtime::addCmd(const core::dia::CmdSourceInfo& source, const char* ob
   if (cmdId == nullptr || count != 1) {
     return FctResult::InvalidParameter;
   }
-  MotionObject* object = m_objMgr.find(objName);
-  if (object == nullptr) {
-    return FctResult::ObjectNotFound;
+  try {
+    MotionObject* object = m_objMgr.find(objName);
+    if (object == nullptr) {
+      return FctResult::ObjectNotFound;
+    }
+    std::string problem;
+    return m_preparation.add(*object, cmdType, values, source, *cmdId, problem);
+  } catch (const std::bad_alloc&) {
+    return FctResult::OutOfMemory;
   }
-  std::string problem;
-  return m_preparation.add(*object, cmdType, values, source, *cmdId, problem);
 }
 
 FctResult Runtime::addCmdOption(const core::dia::CmdSourceInfo& /*source*/, const char* objName,
@@ -53,9 +57,8 @@ FctResult Runtime::addCmdOption(const core::dia::CmdSourceInfo& /*source*/, cons
   return m_objMgr.find(objName) == nullptr ? FctResult::ObjectNotFound : FctResult::OptionNotSupported;
 }
 
-std::unique_ptr<core::IContainer> Runtime::marshal(MotionObject& object, const std::string& cmdName,
-                                                   const comm::datalayer::Variant& parameters, FctResult& result,
-                                                   std::string& problem) {
+Runtime::Parameters Runtime::marshal(MotionObject& object, const std::string& cmdName,
+                                     const comm::datalayer::Variant& parameters, FctResult& result, std::string& problem) {
   const auto entry = m_cmdFactory.find({object.type(), cmdName});
   if (entry == nullptr) {
     result = FctResult::NotSupportedByObject;
@@ -64,14 +67,21 @@ std::unique_ptr<core::IContainer> Runtime::marshal(MotionObject& object, const s
   }
   core::IContainer* container = nullptr;
   bool owned = false;
-  const auto marshalled = entry->marshal(&parameters, container, owned);
-  if (core::isFailure(marshalled) || container == nullptr || !owned) {
+  auto marshalled = core::cmd::CmdResult::InvalidParameterData;
+  try {
+    marshalled = entry->marshal(&parameters, container, owned);
+  } catch (...) {
+    // A component has no right to throw across the contract; what it was given counts as undecodable.
+    container = nullptr;
+  }
+  Parameters values(container, {owned});
+  if (core::isFailure(marshalled) || values == nullptr) {
     result = FctResult::InvalidParameter;
     problem = fmt::format("the parameters of '{}' of '{}' could not be decoded (0x{:08X})", cmdName, object.name(),
                           core::toCode(marshalled));
     return nullptr;
   }
-  return std::unique_ptr<core::IContainer>(container);
+  return values;
 }
 
 FctResult Runtime::issue(MotionObject& object, const std::string& cmdName, const comm::datalayer::Variant& parameters,

@@ -86,9 +86,19 @@ class Runtime : public core::cmd::ICmdContext {
   [[nodiscard]] double cycleTime() const noexcept { return m_config.cycleTime; }
 
  private:
-  [[nodiscard]] std::unique_ptr<core::IContainer> marshal(MotionObject& object, const std::string& cmdName,
-                                                          const comm::datalayer::Variant& parameters,
-                                                          core::FctResult& result, std::string& problem);
+  /// Deletes what a marshalling function gave away and leaves alone what it lent.
+  struct ParametersDeleter {
+    bool owned = false;
+    void operator()(core::IContainer* container) const {
+      if (owned) {
+        delete container;
+      }
+    }
+  };
+  using Parameters = std::unique_ptr<core::IContainer, ParametersDeleter>;
+
+  [[nodiscard]] Parameters marshal(MotionObject& object, const std::string& cmdName, const comm::datalayer::Variant& parameters,
+                                   core::FctResult& result, std::string& problem);
   void fillRecords();
   void runCyclicThread(IPacer& pacer, const std::function<void(const std::string&)>& onStarted) noexcept;
 

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <array>
+#include <unordered_set>
 #include <utility>
 
 #include "host/scenario/numbers.h"
@@ -141,10 +142,10 @@ std::vector<CommandRef> readCommandRefs(const Value& value, const std::string& k
   if (list.items.size() < 2) {
     reading.problems.error(list.mark, fmt::format("{}: expected at least two commands", key), "as in '[Feeder#4, Robot#4]'");
   }
-  std::unordered_map<std::string, std::size_t> seen;
+  std::unordered_set<std::string> seen;
   for (const Value& item : list.items) {
     if (auto command = readCommandRef(item, key, reading)) {
-      if (!seen.emplace(fmt::format("{}#{}", command->object, command->number), 0).second) {
+      if (!seen.insert(fmt::format("{}#{}", command->object, command->number)).second) {
         reading.problems.error(item.mark, fmt::format("{}: {} stands twice", key, inQuotes(item.text)));
       }
       commands.push_back(std::move(*command));
@@ -166,6 +167,23 @@ ExpectState readExpectState(const Value& value, Reading& reading) {
   return expect;
 }
 
+// A key that is nearly right says more than that none is.
+void reportMissingExpectation(const Value& value, Reading& reading) {
+  constexpr std::array<std::string_view, 10> KEYS{"at",     "signal", "value",      "object",  "position",
+                                                  "within", "order",  "same cycle", "command", "state"};
+  bool unknown = false;
+  for (const auto& [key, field] : value.fields) {
+    if (std::find(KEYS.begin(), KEYS.end(), key) == KEYS.end()) {
+      reading.problems.unknownWord(field.key, fmt::format("expectation: unknown key {}", inQuotes(key)), key, KEYS);
+      unknown = true;
+    }
+  }
+  if (!unknown) {
+    reading.problems.error(value.mark, "expectation: it does not say what is expected",
+                           "write one of the keys signal, object, same cycle, order, command");
+  }
+}
+
 void readExpectation(const Value& value, Reading& reading) {
   if (!isKind(value, Value::Kind::MAP, "expectation", reading.problems)) {
     return;
@@ -185,9 +203,7 @@ void readExpectation(const Value& value, Reading& reading) {
   } else if (has("command")) {
     expectation.what = readExpectState(value, reading);
   } else {
-    constexpr std::array<std::string_view, 5> KINDS{"signal", "object", "same cycle", "order", "command"};
-    const std::string_view first = value.fields.empty() ? std::string_view() : value.fields.front().first;
-    reading.problems.unknownWord(value.mark, "expectation: what is expected is missing", first, KINDS);
+    reportMissingExpectation(value, reading);
     return;
   }
   reading.scenario.expectations.push_back(std::move(expectation));

@@ -37,9 +37,8 @@ namespace detail {
 [[nodiscard]] inline bool isYamlNotFinite(std::string_view text) {
   text.remove_prefix(!text.empty() && text[0] == '-' ? 1 : 0);
   std::string word(text);
-  std::transform(word.begin(), word.end(), word.begin(), [](char c) {
-    return static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-  });
+  std::transform(word.begin(), word.end(), word.begin(),
+                 [](char c) { return static_cast<char>(std::tolower(static_cast<unsigned char>(c))); });
   return word == ".inf" || word == ".nan";
 }
 

@@ -16,9 +16,9 @@ struct Mark {
 struct Problem {
   std::string file;
   Mark mark;
-  std::string message;  ///< names the offending word
-  std::string remedy;   ///< what would be right; may be empty
-  bool warning = false; ///< the input can be used all the same
+  std::string message;   ///< names the offending word
+  std::string remedy;    ///< what would be right; may be empty
+  bool warning = false;  ///< the input can be used all the same
 
   /// "file:line:column: message; remedy"
   [[nodiscard]] std::string text() const;

@@ -1,7 +1,10 @@
 // The programs of a scenario file: which commands each object is given, with their parameters and options as they stand.
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <optional>
 #include <utility>
+#include <vector>
 
 #include "host/scenario/scenario_sections.h"
 #include "host/scenario/words.h"
@@ -46,8 +49,7 @@ std::optional<Call> readCall(const Value& value, std::string_view what, Reading&
     return call;
   }
   if (parameters.kind != Value::Kind::MAP) {
-    reportUnexpected(parameters, inQuotes(name), "a map of parameters", reading.problems,
-                     fmt::format("as in '{}: {{name: value}}'", name));
+    reportUnexpected(parameters, inQuotes(name), "a map of parameters", reading.problems, "as in 'Dwell: {time: 0.2}'");
     return std::nullopt;
   }
   call.parameters = parameters;

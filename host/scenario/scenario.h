@@ -18,10 +18,10 @@ struct Value {
   enum class Kind { EMPTY, SCALAR, LIST, MAP };
 
   Kind kind = Kind::EMPTY;
-  std::string text;     ///< of a scalar
-  bool quoted = false;  ///< a scalar in quotes is a text, whatever it looks like
-  std::vector<Value> items;                            ///< of a list
-  std::vector<std::pair<std::string, Value>> fields;   ///< of a map, in the order of the file
+  std::string text;                                   ///< of a scalar
+  bool quoted = false;                                ///< a scalar in quotes is a text, whatever it looks like
+  std::vector<Value> items;                           ///< of a list
+  std::vector<std::pair<std::string, Value>> fields;  ///< of a map, in the order of the file
   Mark mark;
   Mark key;  ///< where its key stands, if it is the field of a map
 };
@@ -114,8 +114,8 @@ struct Expectation {
 
 struct Scenario {
   std::string file;
-  double cycleTime = 0.001;  ///< [s]
-  double limit = 60.0;       ///< [s] of the scenario's own time after which a run is given up
+  double cycleTime = 0.001;       ///< [s]
+  double limit = 60.0;            ///< [s] of the scenario's own time after which a run is given up
   std::uint32_t bufferSize = 64;  ///< commands that one object's buffer takes
   std::vector<SignalName> signals;
   std::vector<ObjectDef> objects;

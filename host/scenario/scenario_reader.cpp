@@ -35,13 +35,15 @@ std::optional<Problem> findBinary(const std::string& text, const std::string& fi
   for (const char* place = text.c_str(); place < end;) {
     const char byte = *place;
     if (byte == '\0') {
-      return Problem{file, mark, "this is not a text file: it holds a NUL character", "scenarios are YAML text in UTF-8", false};
+      return Problem{file, mark, "this is not a text file: it holds a NUL character", "scenarios are YAML text in UTF-8",
+                     false};
     }
     // The text ends in NUL, which ends every sequence: nothing is read beyond it.
     if (flatbuffers::FromUTF8(&place) < 0) {
-      return Problem{file, mark,
-                     fmt::format("this is not a text file: the byte 0x{:02x} is not UTF-8", static_cast<unsigned char>(byte)),
-                     "scenarios are YAML text in UTF-8", false};
+      return Problem{
+          file, mark,
+          fmt::format("this is not a text file: the byte 0x{:02x} is not UTF-8", static_cast<unsigned char>(byte)),
+          "scenarios are YAML text in UTF-8", false};
     }
     mark = byte == '\n' ? Mark{mark.line + 1, 1} : Mark{mark.line, mark.column + 1};
   }
@@ -62,7 +64,8 @@ ReadResult readText(std::string text, std::string fileName) {
   reading.scenario.file = fileName;
   const std::optional<Value> root = parseYaml(text, reading.problems);
   if (root && root->kind == Value::Kind::MAP) {
-    const MapReader file(*root, "scenario", {"cycle", "limit", "buffer", "signals", "objects", "program", "outside", "expect"},
+    const MapReader file(*root, "scenario",
+                         {"cycle", "limit", "buffer", "signals", "objects", "program", "outside", "expect"},
                          reading.problems);
     readTiming(file, reading);
     readSignalNames(file, reading);

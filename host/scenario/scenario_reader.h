@@ -20,8 +20,8 @@ struct ReadResult {
   Problems problems;                 ///< in the order of the file
 };
 
-/// Command and option names and their parameters are taken as they are: what is right for them is known to whoever registered
-/// the commands. Everything else is checked. No exception leaves. [any]
+/// Command and option names and their parameters are taken as they are: what is right for them is known to whoever
+/// registered the commands. Everything else is checked. No exception leaves. [any]
 [[nodiscard]] ReadResult readScenarioFile(const std::filesystem::path& path);
 
 /// The same for a text in memory; `fileName` is what the problems name as their file. [any]

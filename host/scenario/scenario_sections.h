@@ -19,8 +19,8 @@ namespace motion::host::scenario {
 struct Reading {
   Scenario scenario;
   ProblemCollector problems;
-  std::unordered_map<std::string, core::ObjectType> objects;     ///< every name that was given, even if its object is faulty
-  std::unordered_map<std::string, std::size_t> programLengths;   ///< number of commands by object
+  std::unordered_map<std::string, core::ObjectType> objects;    ///< every name that was given, even if its object is faulty
+  std::unordered_map<std::string, std::size_t> programLengths;  ///< number of commands by object
   std::multimap<std::string, std::uint32_t> signalsByName;
 };
 

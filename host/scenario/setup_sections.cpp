@@ -3,8 +3,9 @@
 
 #include <algorithm>
 #include <array>
-#include <cctype>
-#include <unordered_set>
+#include <iterator>
+#include <utility>
+#include <vector>
 
 #include "host/scenario/numbers.h"
 #include "host/scenario/scenario_sections.h"
@@ -23,8 +24,9 @@ constexpr std::uint32_t LAST_SIGNAL = kavo::SIGNAL_COUNT - 1;
 void readSignalName(const std::string& key, const Value& value, Reading& reading) {
   const auto number = parseNumber<std::uint32_t>(key);
   if (number.fault != NumberFault::NONE || number.value > LAST_SIGNAL) {
-    reading.problems.error(value.key, fmt::format("signals: expected a whole number from 0 to {}, found {}", LAST_SIGNAL, inQuotes(key)),
-                           "write number: name, as in '5: part in place'");
+    reading.problems.error(
+        value.key, fmt::format("signals: expected a whole number from 0 to {}, found {}", LAST_SIGNAL, inQuotes(key)),
+        "write number: name, as in '5: part in place'");
     return;
   }
   const std::string what = fmt::format("signals: name of {}", number.value);
@@ -33,7 +35,8 @@ void readSignalName(const std::string& key, const Value& value, Reading& reading
     return;
   }
   if (parseNumber<std::int64_t>(*name).fault != NumberFault::MALFORMED) {
-    reportUnexpected(value, what, "a word", reading.problems, "a number as a name would be taken for the number of a signal");
+    reportUnexpected(value, what, "a word", reading.problems,
+                     "a number as a name would be taken for the number of a signal");
     return;
   }
   auto& signals = reading.scenario.signals;
@@ -148,8 +151,7 @@ void readTiming(const MapReader& file, Reading& reading) {
     }
   }
   if (const Value* buffer = file.find("buffer")) {
-    scenario.bufferSize =
-        readInteger(*buffer, "buffer", 1, LARGEST_BUFFER, reading.problems).value_or(scenario.bufferSize);
+    scenario.bufferSize = readInteger(*buffer, "buffer", 1, LARGEST_BUFFER, reading.problems).value_or(scenario.bufferSize);
   }
 }
 
@@ -187,7 +189,8 @@ std::optional<std::uint32_t> readSignal(const Value& value, std::string_view wha
     for (const SignalName& signal : reading.scenario.signals) {
       names.push_back(signal.name);
     }
-    reading.problems.unknownWord(value.mark, fmt::format("{}: unknown signal {}", what, inQuotes(value.text)), value.text, names);
+    reading.problems.unknownWord(value.mark, fmt::format("{}: unknown signal {}", what, inQuotes(value.text)), value.text,
+                                 names);
     return std::nullopt;
   }
   if (std::next(first) != last) {
@@ -219,7 +222,8 @@ const std::string* readObjectName(const Value& value, std::string_view what, Rea
 
 void checkWithinLimit(const Value& value, double time, Reading& reading) {
   if (time > reading.scenario.limit) {
-    reading.problems.warning(value.mark, fmt::format("at: {} is after the limit of {} s", inQuotes(value.text), reading.scenario.limit),
+    reading.problems.warning(value.mark,
+                             fmt::format("at: {} is after the limit of {} s", inQuotes(value.text), reading.scenario.limit),
                              "raise 'limit'");
   }
 }

@@ -20,16 +20,19 @@ struct TimeUnit {
   double perSecond;
 };
 // The micro sign has two code points that look alike; keyboards produce either.
-constexpr std::array<TimeUnit, 5> TIME_UNITS{
-    {{"s", 1.0}, {"ms", 1e3}, {"us", 1e6}, {"\u00B5s", 1e6}, {"\u03BCs", 1e6}}};
+constexpr std::array<TimeUnit, 5> TIME_UNITS{{{"s", 1.0}, {"ms", 1e3}, {"us", 1e6}, {"\u00B5s", 1e6}, {"\u03BCs", 1e6}}};
 constexpr std::string_view TIME_REMEDY = "write a number and one of the units s, ms, us, as in '5 ms'";
 
 std::string_view nameOfKind(Value::Kind kind) {
   switch (kind) {
-    case Value::Kind::EMPTY: return "nothing";
-    case Value::Kind::LIST: return "a list";
-    case Value::Kind::MAP: return "a map";
-    case Value::Kind::SCALAR: return "a single value";
+    case Value::Kind::EMPTY:
+      return "nothing";
+    case Value::Kind::LIST:
+      return "a list";
+    case Value::Kind::MAP:
+      return "a map";
+    case Value::Kind::SCALAR:
+      return "a single value";
   }
   return "nothing";
 }

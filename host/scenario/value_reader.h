@@ -38,8 +38,8 @@ void reportUnexpected(const Value& value, std::string_view what, std::string_vie
 /// With its unit in the file, [s] as result; not negative.
 [[nodiscard]] std::optional<double> readTime(const Value& value, std::string_view what, ProblemCollector& problems);
 
-/// Looks up the fields of a map. Reports the keys that it does not know on construction, and fields that are needed but absent
-/// when they are asked for.
+/// Looks up the fields of a map. Reports the keys that it does not know on construction, and fields that are needed but
+/// absent when they are asked for.
 class MapReader {
  public:
   /// `what` begins the messages about the map; `keys` are all that it may hold. The map must outlive the reader.

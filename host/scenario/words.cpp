@@ -17,9 +17,13 @@ constexpr std::size_t LONGEST_QUOTE = 60;       // [byte]
 constexpr std::size_t LONGEST_COMPARISON = 64;  // [byte], also bounds the cost of a comparison
 constexpr std::size_t LONGEST_LIST = 30;        // [word]
 
-bool isContinuation(char c) { return (static_cast<unsigned char>(c) & 0xC0U) == 0x80U; }
+bool isContinuation(char c) {
+  return (static_cast<unsigned char>(c) & 0xC0U) == 0x80U;
+}
 
-char lower(char c) { return static_cast<char>(std::tolower(static_cast<unsigned char>(c))); }
+char lower(char c) {
+  return static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+}
 
 // Edits that turn one word into the other: a character added, removed or replaced, or two neighbours exchanged.
 // Upper and lower case count as equal. Dynamic programming over three rows of the distance table.

@@ -1,5 +1,5 @@
-// Turns YAML text into a tree of values. The events of the parser are followed rather than its nodes, because those forget the
-// places of keys, keep no trace of keys that stand twice and let aliases multiply without bound.
+// Turns YAML text into a tree of values. The events of the parser are followed rather than its nodes, because those forget
+// the places of keys, keep no trace of keys that stand twice and let aliases multiply without bound.
 #include "host/scenario/yaml_tree.h"
 
 #include <fmt/format.h>
@@ -8,6 +8,7 @@
 #include <yaml-cpp/parser.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <exception>
 #include <sstream>
 #include <string_view>
@@ -27,11 +28,17 @@ class Abandoned : public std::exception {};
 class PlaceFinder {
  public:
   explicit PlaceFinder(std::string_view text) : m_text(text), m_lines{0} {
+    m_characters.reserve(text.size() + 1);
+    std::uint32_t characters = 0;
     for (std::size_t i = 0; i < text.size(); ++i) {
+      m_characters.push_back(characters);
+      const bool continues = (static_cast<unsigned char>(text[i]) & 0xC0U) == 0x80U;
+      characters += continues ? 0 : 1;
       if (text[i] == '\n') {
         m_lines.push_back(i + 1);
       }
     }
+    m_characters.push_back(characters);
   }
 
   [[nodiscard]] Mark find(const YAML::Mark& mark) const {
@@ -40,18 +47,37 @@ class PlaceFinder {
     }
     const auto line = static_cast<std::size_t>(mark.line);
     const auto bytes = static_cast<std::size_t>(mark.column);
-    if (line >= m_lines.size()) {
+    if (line >= m_lines.size() || m_lines[line] + bytes >= m_characters.size()) {
       return {line + 1, bytes + 1};
     }
-    const std::string_view before = m_text.substr(m_lines[line], bytes);
-    const auto continuations =
-        std::count_if(before.begin(), before.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0U) == 0x80U; });
-    return {line + 1, bytes + 1 - static_cast<std::size_t>(continuations)};
+    return placeOf(line, m_lines[line] + bytes);
+  }
+
+  // The place of a null. One that is not spelled out has the place of whatever comes next, perhaps lines below; the end of
+  // what comes before it, such as the '-' of its entry, says more.
+  [[nodiscard]] Mark findNull(const YAML::Mark& mark) const {
+    const Mark next = find(mark);
+    if (next.line == 0 || next.line > m_lines.size()) {
+      return next;
+    }
+    const std::size_t byte = std::min(m_lines[next.line - 1] + static_cast<std::size_t>(mark.column), m_text.size());
+    const bool isSpelledOut = byte < m_text.size() && (m_text[byte] == '~' || m_text[byte] == 'n' || m_text[byte] == 'N');
+    const std::size_t before = byte > 0 ? m_text.find_last_not_of(" \t\r\n", byte - 1) : std::string_view::npos;
+    if (isSpelledOut || before == std::string_view::npos) {
+      return next;
+    }
+    const auto line = std::upper_bound(m_lines.begin(), m_lines.end(), before) - m_lines.begin() - 1;
+    return placeOf(static_cast<std::size_t>(line), before);
   }
 
  private:
+  [[nodiscard]] Mark placeOf(std::size_t line, std::size_t byte) const {
+    return {line + 1, m_characters[byte] - m_characters[m_lines[line]] + std::size_t{1}};
+  }
+
   std::string_view m_text;
-  std::vector<std::size_t> m_lines;  // where each line begins
+  std::vector<std::size_t> m_lines;         // where each line begins
+  std::vector<std::uint32_t> m_characters;  // how many characters begin before each byte
 };
 
 class TreeBuilder : public YAML::EventHandler {
@@ -62,13 +88,18 @@ class TreeBuilder : public YAML::EventHandler {
 
   void OnDocumentStart(const YAML::Mark& mark) override {
     if (m_documents++ > 0) {
-      m_problems.error(m_places.find(mark), "a second document begins here", "a file holds one scenario; remove '---' and the rest");
+      m_problems.error(m_places.find(mark), "a second document begins here",
+                       "a file holds one scenario; remove '---' and the rest");
       throw Abandoned();
     }
   }
   void OnDocumentEnd() override {}
 
-  void OnNull(const YAML::Mark& mark, YAML::anchor_t anchor) override { finish(start(mark, Value::Kind::EMPTY), anchor, 1, 0); }
+  void OnNull(const YAML::Mark& mark, YAML::anchor_t anchor) override {
+    Value value = start(mark, Value::Kind::EMPTY);
+    value.mark = m_places.findNull(mark);
+    finish(std::move(value), anchor, 1, 0);
+  }
 
   void OnScalar(const YAML::Mark& mark, const std::string& tag, YAML::anchor_t anchor, const std::string& text) override {
     Value value = start(mark, Value::Kind::SCALAR);
@@ -179,8 +210,9 @@ class TreeBuilder : public YAML::EventHandler {
     }
     const auto [first, isNew] = map.keys.try_emplace(key.text, key.mark);
     if (!isNew) {
-      m_problems.error(key.mark, fmt::format("{} stands twice in one map", inQuotes(key.text)),
-                       fmt::format("keep one; the first is in line {}, column {}", first->second.line, first->second.column));
+      m_problems.error(
+          key.mark, fmt::format("{} stands twice in one map", inQuotes(key.text)),
+          fmt::format("keep one; the first is in line {}, column {}", first->second.line, first->second.column));
       return;
     }
     map.dropField = false;

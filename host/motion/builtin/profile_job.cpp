@@ -10,6 +10,13 @@ namespace motion::host::builtin {
 using core::job::JobListTypes;
 using core::job::JobResult;
 
+namespace {
+
+/// Share of a cycle that counts as rounding: a profile whose duration is a whole number of cycles takes that number.
+constexpr double ROUNDING = 1e-6;
+
+}  // namespace
+
 JobResult ProfileJob::registerInputs(core::job::IJobDataHandler* handler) {
   core::IObjPtr* object = nullptr;
   for (const JobResult result : {readData(*handler, SectionMgr::CMD_DATA, m_pars),
@@ -55,9 +62,10 @@ JobResult ProfileJob::plan() {
 
 JobResult ProfileJob::follow() {
   ++m_cycles;
-  const double time = static_cast<double>(m_cycles) * m_object->getCycleTime();
+  const double cycleTime = m_object->getCycleTime();
+  const double time = static_cast<double>(m_cycles) * cycleTime;
   AxisSetpointT& setpoint = m_setpoint->getRef();
-  if (time >= m_profile.Duration()) {
+  if (time >= m_profile.Duration() - ROUNDING * cycleTime) {
     setpoint = {m_target, 0.0};
     return JobResult::CmdFinished;
   }

@@ -1,0 +1,150 @@
+// kavo: plays and checks scenarios of synchronised motion objects.
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <system_error>
+
+#include "host/observe/json_report.h"
+#include "host/observe/text_report.h"
+#include "host/run/play.h"
+
+namespace {
+
+using motion::host::run::Outcome;
+using motion::host::run::PlayOptions;
+using motion::host::run::PlayResult;
+
+constexpr const char* EXIT_CODES =
+    "Exit codes: 0 fine; 1 an expectation failed, a command failed or an object is stuck; 2 bad input;\n"
+    "3 the bundle could not be loaded, started or stopped.";
+
+struct Arguments {
+  PlayOptions play;
+  bool json = false;
+  bool events = false;
+  double startLimit = 30.0;  // [s]
+};
+
+/// The bundle of the build tree or installation that this program belongs to.
+std::filesystem::path defaultBundle() {
+  std::error_code error;
+  const auto program = std::filesystem::read_symlink("/proc/self/exe", error);
+  return error ? std::filesystem::path("bundle") : program.parent_path().parent_path() / "bundle";
+}
+
+void addCommonOptions(CLI::App& command, Arguments& arguments) {
+  command.add_option("FILE", arguments.play.file, "scenario file (YAML)")->required();
+  command.add_option("--bundle", arguments.play.bundleDir, "directory of the bundle")->default_str(defaultBundle().string());
+  command.add_option("--start-limit", arguments.startLimit, "seconds after which a component that does not start is given up")
+      ->default_val(30.0)
+      ->check(CLI::Range(0.01, 3600.0));
+  command.add_flag("--json", arguments.json, "print the result as JSON");
+}
+
+void showProgress(const motion::host::run::Progress& progress) {
+  fmt::print(stderr, "\r{:8.2f} s, {} of {} commands ended", progress.time, progress.ended, progress.total);
+}
+
+std::string problemsAsJson(const PlayResult& result) {
+  nlohmann::ordered_json json{{"ok", result.outcome == Outcome::FINE},
+                              {"objects", result.objects},
+                              {"commands", result.commands},
+                              {"failure", result.failure.empty() ? nlohmann::ordered_json(nullptr) : nlohmann::ordered_json(result.failure)},
+                              {"problems", nlohmann::ordered_json::array()}};
+  for (const auto& problem : result.problems) {
+    json["problems"].push_back({{"file", problem.file},
+                                {"line", problem.mark.line},
+                                {"column", problem.mark.column},
+                                {"message", problem.message},
+                                {"remedy", problem.remedy},
+                                {"warning", problem.warning}});
+  }
+  return json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
+}
+
+void printProblems(const PlayResult& result) {
+  for (const auto& problem : result.problems) {
+    fmt::print(stderr, "{}{}\n", problem.warning ? "warning: " : "", problem.text());
+  }
+  if (!result.failure.empty()) {
+    fmt::print(stderr, "{}\n", result.failure);
+  }
+}
+
+void print(const PlayResult& result, const Arguments& arguments) {
+  if (arguments.json) {
+    fmt::print("{}", result.record ? motion::host::observe::jsonReport(*result.record) : problemsAsJson(result));
+    if (result.record && !result.failure.empty()) {
+      fmt::print(stderr, "{}\n", result.failure);
+    }
+    return;
+  }
+  printProblems(result);
+  if (result.record) {
+    fmt::print("{}", arguments.events ? motion::host::observe::eventList(*result.record)
+                                      : motion::host::observe::textReport(*result.record));
+  } else if (result.outcome == Outcome::FINE) {
+    fmt::print("{}: {} objects, {} commands, nothing wrong found\n", arguments.play.file.string(), result.objects,
+               result.commands);
+  }
+}
+
+int play(Arguments& arguments) {
+  PlayOptions& options = arguments.play;
+  if (options.bundleDir.empty()) {
+    options.bundleDir = defaultBundle();
+  }
+  options.startLimit = std::chrono::milliseconds(static_cast<std::int64_t>(arguments.startLimit * 1e3));
+  const bool onTerminal = isatty(STDERR_FILENO) != 0;
+  if (onTerminal) {
+    options.onProgress = showProgress;
+  }
+  const PlayResult result = motion::host::run::play(options);
+  if (onTerminal && options.realTime) {
+    fmt::print(stderr, "\r\033[K");
+  }
+  print(result, arguments);
+  std::fflush(nullptr);
+  const int code = static_cast<int>(result.outcome);
+  if (result.lost) {
+    // A thread still runs in the component; destroying anything under it would be wrong.
+    std::_Exit(code);
+  }
+  return code;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  CLI::App app{"Plays and checks scenarios of motion objects that synchronise through signals.", "kavo"};
+  app.footer(EXIT_CODES);
+  app.set_version_flag("--version", "kavo " KAVO_VERSION);
+  app.require_subcommand(1);
+
+  Arguments arguments;
+  CLI::App* run = app.add_subcommand("run", "play a scenario and print what happened");
+  addCommonOptions(*run, arguments);
+  run->add_flag("--real-time", arguments.play.realTime, "run in real time instead of virtual time");
+  run->add_flag("--events", arguments.events, "print only the list of events, one a line");
+  run->footer(EXIT_CODES);
+  CLI::App* check = app.add_subcommand("check", "read and validate a scenario without running it");
+  addCommonOptions(*check, arguments);
+  check->footer(EXIT_CODES);
+
+  try {
+    app.parse(argc, argv);
+    arguments.play.checkOnly = check->parsed();
+    return play(arguments);
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error) == 0 ? 0 : static_cast<int>(Outcome::BAD_INPUT);
+  } catch (const std::exception& error) {
+    fmt::print(stderr, "kavo: {}\n", error.what());
+    return static_cast<int>(Outcome::NOT_FINE);
+  }
+}

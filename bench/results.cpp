@@ -1,0 +1,123 @@
+// Collects the medians of a run and prints them beside their floors.
+#include "bench/results.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <initializer_list>
+
+namespace motion::bench {
+
+namespace {
+
+struct Row {
+  const char* title;
+  const char* benchmark;
+  const char* floor;
+  double objects;  ///< what one iteration is divided by
+};
+
+constexpr Row ROWS[] = {
+    {"signal get, system function", "sys_get", "floor_locked_get", 1},
+    {"signal set, system function", "sys_set", "floor_locked_set", 1},
+    {"signal reset, system function", "sys_reset", "floor_locked_reset", 1},
+    {"signal get, RtSignals", "rt_get", "floor_get", 1},
+    {"signal set, RtSignals", "rt_set", "floor_set", 1},
+    {"signal reset, RtSignals", "rt_reset", "floor_reset", 1},
+    {"WaitForSignal job, idle", "wait_idle", "floor_get", 1},
+    {"WaitForSignal job, releasing", "wait_releasing", "floor_get", 1},
+    {"WaitForSignal job, releasing, autoReset", "wait_releasing_auto_reset", "floor_set", 1},
+    {"WaitForSignalReset job, idle", "wait_reset_idle", "floor_get", 1},
+    {"WaitForSignalReset job, releasing", "wait_reset_releasing", "floor_get", 1},
+    {"cycle of 1 waiting axis", "cycle/1", "floor_cycle/1", 1},
+    {"cycle of 100, per axis", "cycle/100", "floor_cycle/100", 100},
+    {"cycle of 1,000, per axis", "cycle/1000", "floor_cycle/1000", 1'000},
+    {"cycle of 10,000, per axis", "cycle/10000", "floor_cycle/10000", 10'000},
+    {"simulation step of 10,000, per axis", "step", "floor_cycle/10000", 10'000},
+    {"trace, switched off", "trace_disabled", "floor_trace_disabled", 1},
+    {"trace, buffered sink", "trace_buffered", "floor_trace_buffered", 1},
+};
+
+constexpr const char* WAIT_JOBS[] = {"wait_idle", "wait_releasing", "wait_releasing_auto_reset", "wait_reset_idle",
+                                     "wait_reset_releasing"};
+
+void printTarget(const std::string& what, double ratio, double limit) {
+  fmt::print("  {:<76} {:6.2f}  at most {:.0f}  {}\n", what, ratio, limit, ratio <= limit ? "reached" : "NOT REACHED");
+}
+
+}  // namespace
+
+bool Results::ReportContext(const Context& /*context*/) {
+  return true;
+}
+
+void Results::ReportRuns(const std::vector<Run>& runs) {
+  for (const Run& run : runs) {
+    if (run.error_occurred) {
+      fmt::print(stderr, "{}: {}\n", run.benchmark_name(), run.error_message);
+      m_hasFailed = true;
+    }
+    std::string name = run.run_name.function_name;
+    if (!run.run_name.args.empty()) {
+      name += "/" + run.run_name.args;
+    }
+    // Time of the processor, which leaves out what others do on the machine; a benchmark that takes its time itself knows
+    // better.
+    const bool takesTime = !run.run_name.time_type.empty();
+    if (run.aggregate_name == "median") {
+      m_medians[name].time = takesTime ? run.GetAdjustedRealTime() : run.GetAdjustedCPUTime();
+    } else if (run.aggregate_name == "cv") {
+      m_medians[name].deviation = takesTime ? run.real_accumulated_time : run.cpu_accumulated_time;
+    }
+  }
+}
+
+std::optional<double> Results::time(const std::string& benchmark) const {
+  const auto found = m_medians.find(benchmark);
+  return found != m_medians.end() ? std::optional(found->second.time) : std::nullopt;
+}
+
+bool Results::isComplete() const {
+  return !m_hasFailed &&
+         std::ranges::all_of(ROWS, [this](const Row& row) { return time(row.benchmark) && time(row.floor); });
+}
+
+void Results::printRow(const char* title, const std::string& benchmark, const std::string& floor, double objects) const {
+  const auto figure = time(benchmark);
+  const auto least = time(floor);
+  if (figure && least) {
+    fmt::print("  {:<42} {:>10.2f} {:>10.2f} {:>8.2f}  +-{:.0f} %\n", title, *figure / objects, *least / objects,
+               *figure / *least, 100 * m_medians.at(benchmark).deviation);
+  }
+}
+
+void Results::print() const {
+  fmt::print("\n  {:<42} {:>10} {:>10} {:>8}  spread\n", "what", "time [ns]", "floor [ns]", "ratio");
+  for (const Row& row : ROWS) {
+    printRow(row.title, row.benchmark, row.floor, row.objects);
+  }
+  if (const auto step = time("step")) {
+    fmt::print("\n  simulated object-cycles per second: {:.1f} million\n", 1e9 / (*step / 10'000) / 1e6);
+  }
+  if (isComplete()) {
+    printTargets();
+  }
+}
+
+void Results::printTargets() const {
+  fmt::print("\n  {:<76} {:>6}\n", "target", "ratio");
+  const double job = *time("wait_idle");
+  for (const double objects : {1.0, 100.0, 1'000.0, 10'000.0}) {
+    const double perObject = *time(fmt::format("cycle/{:.0f}", objects)) / objects;
+    printTarget(fmt::format("a waiting axis' cycle, of {:.0f}, to the component's own idle wait job", objects),
+                perObject / job, 3);
+  }
+  printTarget("cost per axis of 10,000 to that of 100", *time("cycle/10000") / 10'000 / (*time("cycle/100") / 100), 2);
+  for (const char* name : WAIT_JOBS) {
+    const Row& row =
+        *std::ranges::find_if(ROWS, [name](const Row& candidate) { return std::string(candidate.benchmark) == name; });
+    printTarget(fmt::format("{} to its floor", row.title), *time(name) / *time(row.floor), 8);
+  }
+}
+
+}  // namespace motion::bench

@@ -1,0 +1,97 @@
+// The in-process data layer of the host: real-time memories and providers.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <list>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <string_view>
+
+#include "comm/datalayer/i_data_layer_factory.h"
+#include "host/datalayer/provider.h"
+#include "host/datalayer/rt_memory.h"
+
+namespace motion::host::datalayer {
+
+/// Makes and keeps what components share through the data layer. All operations are thread-safe and none lets an exception
+/// out: a failed allocation is DL_OUT_OF_MEMORY, or null, and changes nothing.
+///
+/// | operation, in the order of its checks | result |
+/// |---|---|
+/// | createMemorySync: size 0 | DL_SIZE_MISMATCH |
+/// | createMemorySync: empty address | DL_INVALID_ADDRESS |
+/// | createMemorySync: not a provider of this data layer | DL_INVALID_HANDLE |
+/// | createMemorySync: neither INPUT nor OUTPUT | DL_INVALID_VALUE |
+/// | createMemorySync: address taken | DL_ALREADY_EXISTS |
+/// | deleteMemorySync, closeMemory: null, a stranger's handle, or already given back | DL_INVALID_HANDLE |
+/// | openMemory: nobody owns a memory there | DL_INVALID_ADDRESS |
+///
+/// What becomes of a memory:
+///
+/// | event | bytes and handles |
+/// |---|---|
+/// | deleteMemorySync | the address is free at once; no access begins any more, through any handle |
+/// | closeMemory | no access begins through this handle any more |
+/// | open access | its handle and the bytes stay until endAccess, also when every shared pointer to the handle is gone |
+/// | shared pointer dropped, nothing given back | the memory or the handle stays and is counted as open |
+/// | provider deleted | its memories stay until they are deleted |
+/// | end of the data layer | handles that nobody holds go, whatever is open; it must outlive the last access |
+///
+/// The data layer keeps each handle itself, so dropping a shared pointer or ending an access never frees anything, on
+/// whatever thread it happens. What was given back and is no longer used is freed by the next operation called here, or by
+/// reclaim.
+class DataLayer : public comm::datalayer::IDataLayerFactory {
+ public:
+  static constexpr std::string_view PROVIDER_ENDPOINT = "inproc:///tmp/datalayer/backend";
+
+  DataLayer();
+  DataLayer(const DataLayer&) = delete;
+  DataLayer& operator=(const DataLayer&) = delete;
+  ~DataLayer() override = default;
+
+  /// Always null: this version of the host offers no clients, so nodes are registered but nobody asks them. Callers
+  /// get what the contract calls "there is none" and go on as without an answer. [framework]
+  comm::datalayer::IClient* createClient(const std::string& endpoint) override;
+  /// Null for every endpoint but PROVIDER_ENDPOINT. [framework]
+  comm::datalayer::IProvider* createProvider(const std::string& endpoint) override;
+
+  /// The owner handle and its bytes, zero-filled. INPUT and OUTPUT give the same rights. [framework]
+  comm::datalayer::DlResult createMemorySync(std::shared_ptr<comm::datalayer::IMemoryOwner>& memory,
+                                             const std::string& address, comm::datalayer::IProvider* provider,
+                                             std::uint32_t size, comm::datalayer::MemoryType type) override;
+  comm::datalayer::DlResult deleteMemorySync(const std::shared_ptr<comm::datalayer::IMemoryOwner>& memory) override;
+  comm::datalayer::DlResult openMemory(std::shared_ptr<comm::datalayer::IMemoryUser>& memory,
+                                       const std::string& address) override;
+  comm::datalayer::DlResult closeMemory(const std::shared_ptr<comm::datalayer::IMemoryUser>& memory) override;
+
+  [[nodiscard]] std::size_t memoryCount() const;      ///< memories that are not deleted [framework]
+  [[nodiscard]] std::size_t openHandleCount() const;  ///< owner and user handles that were not given back [framework]
+  [[nodiscard]] std::size_t providerCount() const;    ///< providers that are not deleted [framework]
+
+  /// Frees what was given back and is no longer used. Returns how many handles still wait, because somebody holds them or
+  /// has an access open. [framework]
+  std::size_t reclaim() noexcept;
+
+ private:
+  struct IssuedHandle {
+    /// Shares the ownership of the whole handle.
+    std::shared_ptr<AccessGate> gate;
+    const comm::datalayer::IMemory* handle;
+  };
+
+  template <typename Handle>
+  [[nodiscard]] static std::list<IssuedHandle> issue(const std::shared_ptr<Handle>& handle);
+  [[nodiscard]] AccessGate* findIssued(const comm::datalayer::IMemory* handle) const;
+  void sweep() noexcept;
+
+  const std::shared_ptr<NodeRegister> m_nodes;
+  mutable std::mutex m_mutex;
+  std::map<std::string, std::shared_ptr<MemoryBlock>, std::less<>> m_memories;
+  std::list<IssuedHandle> m_handles;
+};
+
+}  // namespace motion::host::datalayer

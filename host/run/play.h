@@ -1,0 +1,43 @@
+// From a scenario file to the record of its run: everything that `kavo run` and `kavo check` do, without printing.
+#pragma once
+
+#include <chrono>
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <string>
+
+#include "host/framework/component_lifecycle.h"
+#include "host/observe/run_record.h"
+#include "host/run/player.h"
+#include "host/scenario/problem.h"
+
+namespace motion::host::run {
+
+/// How it ended; the values are the tool's exit codes.
+enum class Outcome { FINE = 0, NOT_FINE = 1, BAD_INPUT = 2, NO_BUNDLE = 3 };
+
+struct PlayOptions {
+  std::filesystem::path file;
+  std::filesystem::path bundleDir;
+  bool checkOnly = false;  ///< validate, but run nothing
+  bool realTime = false;
+  bool journal = true;     ///< the component's traces go to the system's journal
+  std::chrono::milliseconds startLimit = framework::ComponentLifecycle::DEFAULT_TIME_LIMIT;
+  std::function<void(const Progress&)> onProgress;  ///< in real time; may be empty
+};
+
+struct PlayResult {
+  Outcome outcome = Outcome::FINE;
+  scenario::Problems problems;  ///< of the scenario
+  std::string failure;          ///< of the bundle
+  std::optional<observe::RunRecord> record;
+  std::size_t objects = 0;
+  std::size_t commands = 0;
+  /// A call into the component never came back. The process must print what it has to say and end by std::_Exit.
+  bool lost = false;
+};
+
+[[nodiscard]] PlayResult play(const PlayOptions& options);
+
+}  // namespace motion::host::run

@@ -1,0 +1,69 @@
+// Plays a prepared scenario in a session: feeds the programs, lets things happen from outside, and writes down the run.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <functional>
+#include <vector>
+
+#include "host/observe/recorder.h"
+#include "host/observe/run_record.h"
+#include "host/run/program.h"
+#include "host/run/session.h"
+#include "host/scenario/scenario.h"
+
+namespace motion::host::run {
+
+/// How far a run is, for the impatient.
+struct Progress {
+  double time = 0.0;  ///< [s] of the scenario
+  std::size_t issued = 0;
+  std::size_t ended = 0;
+  std::size_t total = 0;
+};
+
+class Player {
+ public:
+  Player(Session& session, const scenario::Scenario& scenario, std::vector<ObjectCalls> programs);
+
+  /// Prepares recording; false with a text when the component publishes no signals. Before play.
+  [[nodiscard]] bool connect(std::string& problem);
+  /// Plays in virtual time, as fast as the machine allows.
+  void playVirtual();
+  /// Plays in real time. `onProgress` is called now and then, from the calling thread.
+  void playReal(const std::function<void(const Progress&)>& onProgress);
+  /// The run, after play.
+  [[nodiscard]] const observe::RunRecord& record() const noexcept { return m_record; }
+
+ private:
+  struct Feed {
+    ObjectCalls program;
+    std::size_t next = 0;
+  };
+
+  /// What has to be done before the next cycle; false when the run is over.
+  [[nodiscard]] bool pump(std::uint64_t nextCycle);
+  void happenOutside(std::uint64_t nextCycle);
+  void carryOut(const scenario::OutsideEvent& event);
+  void feedPrograms();
+  [[nodiscard]] bool isProgramOver(const Feed& feed) const;
+  [[nodiscard]] bool isOver(std::uint64_t nextCycle) const;
+  [[nodiscard]] bool isStuck(std::uint64_t nextCycle) const;
+  [[nodiscard]] std::string whoWaits() const;
+  [[nodiscard]] Progress progress(std::uint64_t cycle) const;
+  void finish();
+
+  Session& m_session;
+  const scenario::Scenario& m_scenario;
+  Runtime& m_runtime;
+  observe::RunRecord m_record;
+  observe::SignalWatch m_watch;
+  observe::Recorder m_recorder;
+  std::vector<Feed> m_feeds;
+  std::vector<scenario::OutsideEvent> m_outside;  ///< in order of time
+  std::size_t m_nextOutside = 0;
+  std::uint64_t m_lastNeededCycle = 0;   ///< the run goes on at least until then
+  std::uint64_t m_quietCycles = 5;       ///< cycles without any event after which nothing can happen any more
+};
+
+}  // namespace motion::host::run

@@ -1,0 +1,315 @@
+// The data layer as a whole: which memories exist, who holds them, when they go, and what is refused.
+#include "host/datalayer/data_layer.h"
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "real_time_guard.h"
+
+namespace motion::host::datalayer {
+namespace {
+
+using namespace comm::datalayer;
+using test::failsDuring;
+
+constexpr std::uint32_t SIZE = 100;
+const std::string ADDRESS = "a/long/enough/address/to/need/an/allocation";
+
+class DataLayerTest : public testing::Test {
+ protected:
+  DlResult create(const std::string& address = ADDRESS) {
+    return m_sut.createMemorySync(m_owner, address, m_provider.get(), SIZE, MemoryType::INPUT);
+  }
+  DlResult open(const std::string& address = ADDRESS) { return m_sut.openMemory(m_user, address); }
+
+  DataLayer m_sut;
+  std::unique_ptr<IProvider> m_provider{m_sut.createProvider("inproc:///tmp/datalayer/backend")};
+  std::shared_ptr<IMemoryOwner> m_owner;
+  std::shared_ptr<IMemoryUser> m_user;
+};
+
+TEST_F(DataLayerTest, MakesProvidersForItsEndpointOnly) {
+  auto& sut = m_sut;
+  EXPECT_NE(m_provider, nullptr);
+  EXPECT_EQ(sut.createProvider(""), nullptr);
+  EXPECT_EQ(sut.createProvider("inproc:///tmp/datalayer/frontend"), nullptr);
+  EXPECT_EQ(sut.createProvider("inproc:///tmp/datalayer/backend "), nullptr);
+  EXPECT_EQ(sut.providerCount(), 1U);
+  m_provider.reset();
+  EXPECT_EQ(sut.providerCount(), 0U);
+}
+
+TEST_F(DataLayerTest, OffersNoClient) {
+  EXPECT_EQ(m_sut.createClient("inproc:///tmp/datalayer/frontend"), nullptr);
+  EXPECT_EQ(m_sut.createClient("inproc:///tmp/datalayer/backend"), nullptr);
+}
+
+TEST_F(DataLayerTest, NewMemoryIsZero) {
+  ASSERT_EQ(create(), DL_OK);
+  ASSERT_NE(m_owner, nullptr);
+  EXPECT_EQ(m_owner->getSize(), SIZE);
+  std::uint8_t* data = nullptr;
+  ASSERT_EQ(m_owner->beginAccess(data, 0), DL_OK);
+  EXPECT_TRUE(std::all_of(data, data + SIZE, [](std::uint8_t byte) { return byte == 0; }));
+  EXPECT_EQ(m_owner->endAccess(), DL_OK);
+}
+
+TEST_F(DataLayerTest, OwnerAndUsersShareTheBytes) {
+  auto& sut = m_sut;
+  ASSERT_EQ(create(), DL_OK);
+  ASSERT_EQ(open(), DL_OK);
+  std::shared_ptr<IMemoryUser> second;
+  ASSERT_EQ(sut.openMemory(second, ADDRESS), DL_OK);
+  EXPECT_NE(second, m_user);
+  EXPECT_EQ(second->getSize(), SIZE);
+  std::uint8_t* ofOwner = nullptr;
+  std::uint8_t* ofUser = nullptr;
+  std::uint8_t* ofSecond = nullptr;
+  ASSERT_EQ(m_owner->beginAccess(ofOwner, 0), DL_OK);
+  ASSERT_EQ(m_user->beginAccess(ofUser, 0), DL_OK);
+  ASSERT_EQ(second->beginAccess(ofSecond, 0), DL_OK);
+  EXPECT_EQ(ofOwner, ofUser);
+  EXPECT_EQ(ofOwner, ofSecond);
+}
+
+TEST_F(DataLayerTest, RefusesToMakeWhatIsNoMemory) {
+  auto& sut = m_sut;
+  auto* const provider = m_provider.get();
+  EXPECT_EQ(sut.createMemorySync(m_owner, ADDRESS, provider, 0, MemoryType::INPUT), DL_SIZE_MISMATCH);
+  EXPECT_EQ(sut.createMemorySync(m_owner, "", provider, SIZE, MemoryType::INPUT), DL_INVALID_ADDRESS);
+  EXPECT_EQ(sut.createMemorySync(m_owner, ADDRESS, nullptr, SIZE, MemoryType::INPUT), DL_INVALID_HANDLE);
+  EXPECT_EQ(sut.createMemorySync(m_owner, ADDRESS, provider, SIZE, static_cast<MemoryType>(3)), DL_INVALID_VALUE);
+  DataLayer other;
+  const std::unique_ptr<IProvider> stranger(other.createProvider("inproc:///tmp/datalayer/backend"));
+  EXPECT_EQ(sut.createMemorySync(m_owner, ADDRESS, stranger.get(), SIZE, MemoryType::INPUT), DL_INVALID_HANDLE);
+  EXPECT_EQ(m_owner, nullptr);
+  EXPECT_EQ(sut.memoryCount(), 0U);
+  EXPECT_EQ(sut.openHandleCount(), 0U);
+}
+
+TEST_F(DataLayerTest, TakenAddressIsRefusedAndNothingChanges) {
+  auto& sut = m_sut;
+  ASSERT_EQ(create(), DL_OK);
+  std::shared_ptr<IMemoryOwner> second;
+  EXPECT_EQ(sut.createMemorySync(second, ADDRESS, m_provider.get(), 1, MemoryType::OUTPUT), DL_ALREADY_EXISTS);
+  EXPECT_EQ(second, nullptr);
+  EXPECT_EQ(sut.memoryCount(), 1U);
+  ASSERT_EQ(open(), DL_OK);
+  EXPECT_EQ(m_user->getSize(), SIZE);
+}
+
+TEST_F(DataLayerTest, OpeningNeedsAnOwnedMemory) {
+  auto& sut = m_sut;
+  EXPECT_EQ(open(), DL_INVALID_ADDRESS);
+  ASSERT_EQ(create(), DL_OK);
+  EXPECT_EQ(open(ADDRESS + "x"), DL_INVALID_ADDRESS);
+  EXPECT_EQ(m_user, nullptr);
+  ASSERT_EQ(sut.deleteMemorySync(m_owner), DL_OK);
+  EXPECT_EQ(open(), DL_INVALID_ADDRESS);
+}
+
+TEST_F(DataLayerTest, HandlesAreGivenBackOnce) {
+  auto& sut = m_sut;
+  ASSERT_EQ(create(), DL_OK);
+  ASSERT_EQ(open(), DL_OK);
+  EXPECT_EQ(sut.closeMemory(nullptr), DL_INVALID_HANDLE);
+  EXPECT_EQ(sut.closeMemory(m_user), DL_OK);
+  EXPECT_EQ(sut.closeMemory(m_user), DL_INVALID_HANDLE);
+  EXPECT_EQ(sut.deleteMemorySync(nullptr), DL_INVALID_HANDLE);
+  EXPECT_EQ(sut.deleteMemorySync(m_owner), DL_OK);
+  EXPECT_EQ(sut.deleteMemorySync(m_owner), DL_INVALID_HANDLE);
+}
+
+TEST_F(DataLayerTest, HandlesOfStrangersAreRefused) {
+  ASSERT_EQ(create(), DL_OK);
+  ASSERT_EQ(open(), DL_OK);
+  DataLayer sut;
+  EXPECT_EQ(sut.closeMemory(m_user), DL_INVALID_HANDLE);
+  EXPECT_EQ(sut.deleteMemorySync(m_owner), DL_INVALID_HANDLE);
+  EXPECT_EQ(m_sut.openHandleCount(), 2U);
+  EXPECT_EQ(m_sut.memoryCount(), 1U);
+}
+
+TEST_F(DataLayerTest, UserHandleMayBeClosedAfterTheMemoryIsDeleted) {
+  auto& sut = m_sut;
+  ASSERT_EQ(create(), DL_OK);
+  ASSERT_EQ(open(), DL_OK);
+  ASSERT_EQ(sut.deleteMemorySync(m_owner), DL_OK);
+  EXPECT_EQ(sut.openHandleCount(), 1U);
+  EXPECT_EQ(sut.closeMemory(m_user), DL_OK);
+  EXPECT_EQ(sut.openHandleCount(), 0U);
+}
+
+TEST_F(DataLayerTest, DeletedAddressIsFreeForANewMemory) {
+  auto& sut = m_sut;
+  ASSERT_EQ(create(), DL_OK);
+  std::uint8_t* old = nullptr;
+  ASSERT_EQ(m_owner->beginAccess(old, 0), DL_OK);
+  old[0] = 7;
+  const auto oldOwner = m_owner;
+  ASSERT_EQ(sut.deleteMemorySync(m_owner), DL_OK);
+  ASSERT_EQ(create(), DL_OK);
+  ASSERT_EQ(open(), DL_OK);
+  std::uint8_t* data = nullptr;
+  ASSERT_EQ(m_user->beginAccess(data, 0), DL_OK);
+  EXPECT_NE(data, old);
+  EXPECT_EQ(data[0], 0);
+  EXPECT_EQ(old[0], 7);
+  EXPECT_EQ(oldOwner->endAccess(), DL_OK);
+}
+
+TEST_F(DataLayerTest, CountsWhatIsNotGivenBack) {
+  auto& sut = m_sut;
+  ASSERT_EQ(create(), DL_OK);
+  ASSERT_EQ(open(), DL_OK);
+  EXPECT_EQ(sut.memoryCount(), 1U);
+  EXPECT_EQ(sut.openHandleCount(), 2U);
+  m_owner.reset();
+  m_user.reset();
+  m_provider.reset();
+  EXPECT_EQ(sut.memoryCount(), 1U) << "dropped, not deleted";
+  EXPECT_EQ(sut.openHandleCount(), 2U) << "dropped, not closed";
+  EXPECT_EQ(open(), DL_OK) << "the memory is still owned";
+}
+
+TEST_F(DataLayerTest, HandleThatSomebodyHoldsIsNotReclaimed) {
+  auto& sut = m_sut;
+  ASSERT_EQ(create(), DL_OK);
+  ASSERT_EQ(sut.deleteMemorySync(m_owner), DL_OK);
+  EXPECT_EQ(sut.reclaim(), 1U);
+  EXPECT_EQ(m_owner->getSize(), SIZE);
+  m_owner.reset();
+  EXPECT_EQ(sut.reclaim(), 0U);
+}
+
+TEST_F(DataLayerTest, OpenAccessKeepsHandleAndBytes) {
+  auto& sut = m_sut;
+  ASSERT_EQ(create(), DL_OK);
+  ASSERT_EQ(open(), DL_OK);
+  IMemoryUser* const user = m_user.get();
+  std::uint8_t* data = nullptr;
+  ASSERT_EQ(user->beginAccess(data, 0), DL_OK);
+  ASSERT_EQ(sut.deleteMemorySync(m_owner), DL_OK);
+  ASSERT_EQ(sut.closeMemory(m_user), DL_OK);
+  m_owner.reset();
+  m_user.reset();
+  EXPECT_EQ(sut.reclaim(), 1U);
+  std::fill_n(data, SIZE, std::uint8_t{5});
+  EXPECT_EQ(data[SIZE - 1], 5);
+  EXPECT_EQ(user->endAccess(), DL_OK);
+  EXPECT_EQ(sut.reclaim(), 0U);
+}
+
+TEST_F(DataLayerTest, FreesOnlyInItsOwnOperations) {
+  auto& sut = m_sut;
+  ASSERT_EQ(create(), DL_OK);
+  IMemoryOwner* const owner = m_owner.get();
+  std::uint8_t* data = nullptr;
+  ASSERT_EQ(owner->beginAccess(data, 0), DL_OK);
+  ASSERT_EQ(sut.deleteMemorySync(m_owner), DL_OK);
+  EXPECT_EQ(test::violationsOf([&] { m_owner.reset(); }).frees, 0);
+  EXPECT_EQ(test::violationsOf([&] { (void)owner->endAccess(); }).frees, 0);
+  EXPECT_GT(test::violationsOf([&] { (void)sut.openMemory(m_user, "unknown"); }).frees, 0);
+  EXPECT_EQ(sut.reclaim(), 0U);
+}
+
+TEST_F(DataLayerTest, FailedAllocationMakesNoMemory) {
+  auto& sut = m_sut;
+  int number = 0;
+  for (bool hasFailed = true; hasFailed; ++number) {
+    DlResult result;
+    hasFailed = failsDuring(number, [&] { result = create(); });
+    ASSERT_EQ(result, hasFailed ? DL_OUT_OF_MEMORY : DL_OK) << number;
+    ASSERT_EQ(m_owner == nullptr, hasFailed) << number;
+    ASSERT_EQ(sut.memoryCount(), hasFailed ? 0U : 1U) << number;
+    ASSERT_EQ(sut.openHandleCount(), hasFailed ? 0U : 1U) << number;
+  }
+  EXPECT_GT(number, 4) << "block, bytes, handle, place in the map";
+}
+
+TEST_F(DataLayerTest, FailedAllocationOpensNothing) {
+  auto& sut = m_sut;
+  ASSERT_EQ(create(), DL_OK);
+  int number = 0;
+  for (bool hasFailed = true; hasFailed; ++number) {
+    DlResult result;
+    hasFailed = failsDuring(number, [&] { result = open(); });
+    ASSERT_EQ(result, hasFailed ? DL_OUT_OF_MEMORY : DL_OK) << number;
+    ASSERT_EQ(m_user == nullptr, hasFailed) << number;
+    ASSERT_EQ(sut.openHandleCount(), hasFailed ? 1U : 2U) << number;
+  }
+  EXPECT_GT(number, 2) << "handle, place in the list";
+}
+
+TEST_F(DataLayerTest, FailedAllocationMakesNoProvider) {
+  auto& sut = m_sut;
+  const std::string endpoint = "inproc:///tmp/datalayer/backend";
+  for (const int number : {0, 1}) {
+    IProvider* provider = m_provider.get();
+    ASSERT_TRUE(failsDuring(number, [&] { provider = sut.createProvider(endpoint); })) << number;
+    EXPECT_EQ(provider, nullptr) << number;
+    EXPECT_EQ(sut.providerCount(), 1U) << number;
+  }
+}
+
+TEST_F(DataLayerTest, GivingBackNeedsNoMemory) {
+  auto& sut = m_sut;
+  ASSERT_EQ(create(), DL_OK);
+  ASSERT_EQ(open(), DL_OK);
+  DlResult closed;
+  DlResult deleted;
+  EXPECT_FALSE(failsDuring(0, [&] {
+    closed = sut.closeMemory(m_user);
+    deleted = sut.deleteMemorySync(m_owner);
+  }));
+  EXPECT_EQ(closed, DL_OK);
+  EXPECT_EQ(deleted, DL_OK);
+}
+
+TEST_F(DataLayerTest, HandlesAndProvidersMaySurviveTheDataLayer) {
+  auto sut = std::make_unique<DataLayer>();
+  const std::unique_ptr<IProvider> provider(sut->createProvider("inproc:///tmp/datalayer/backend"));
+  ASSERT_EQ(sut->createMemorySync(m_owner, ADDRESS, provider.get(), SIZE, MemoryType::INPUT), DL_OK);
+  sut.reset();
+  std::uint8_t* data = nullptr;
+  EXPECT_EQ(m_owner->beginAccess(data, 0), DL_OK);
+  EXPECT_EQ(data[0], 0);
+  EXPECT_EQ(m_owner->endAccess(), DL_OK);
+  EXPECT_EQ(provider->start(), DL_OK);
+}
+
+TEST_F(DataLayerTest, OperationsComeFromSeveralThreads) {
+  auto& sut = m_sut;
+  constexpr int THREADS = 4;
+  constexpr int ROUNDS = 200;
+  std::vector<std::thread> threads;
+  for (int number = 0; number < THREADS; ++number) {
+    threads.emplace_back([&sut, number] {
+      const std::unique_ptr<IProvider> provider(sut.createProvider("inproc:///tmp/datalayer/backend"));
+      for (int round = 0; round < ROUNDS; ++round) {
+        std::shared_ptr<IMemoryOwner> owner;
+        std::shared_ptr<IMemoryUser> user;
+        const std::string address = "memory/" + std::to_string(number);
+        EXPECT_EQ(sut.createMemorySync(owner, address, provider.get(), SIZE, MemoryType::OUTPUT), DL_OK);
+        EXPECT_EQ(sut.openMemory(user, address), DL_OK);
+        EXPECT_EQ(sut.deleteMemorySync(owner), DL_OK);
+        EXPECT_EQ(sut.closeMemory(user), DL_OK);
+      }
+    });
+  }
+  for (auto& thread : threads) {
+    thread.join();
+  }
+  EXPECT_EQ(sut.memoryCount(), 0U);
+  EXPECT_EQ(sut.openHandleCount(), 0U);
+  EXPECT_EQ(sut.reclaim(), 0U);
+  EXPECT_EQ(sut.providerCount(), 1U);
+}
+
+}  // namespace
+}  // namespace motion::host::datalayer

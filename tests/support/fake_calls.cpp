@@ -1,0 +1,65 @@
+// What a component called in the host, in order, and which of these calls have to fail.
+#include "support/fake_calls.h"
+
+#include <algorithm>
+#include <stdexcept>
+#include <utility>
+
+namespace motion::test {
+
+void FakeCalls::fail(std::string operation, std::uint32_t code, int nth) {
+  const std::lock_guard lock(m_mutex);
+  m_plans.push_back({std::move(operation), code, nth});
+}
+
+void FakeCalls::failNothing() {
+  const std::lock_guard lock(m_mutex);
+  m_plans.clear();
+}
+
+std::optional<std::uint32_t> FakeCalls::add(std::string_view operation, const std::string& arguments) {
+  const std::lock_guard lock(m_mutex);
+  m_calls.push_back(fmt::format("{}({})", operation, arguments));
+  std::optional<std::uint32_t> code;
+  for (auto& plan : m_plans) {
+    if (plan.operation == operation) {
+      ++plan.seen;
+      if (plan.nth == EVERY || plan.nth == plan.seen) {
+        code = plan.code;
+      }
+    }
+  }
+  if (code == THROW) {
+    throw std::runtime_error("planned failure of " + std::string(operation));
+  }
+  return code;
+}
+
+std::vector<std::string> FakeCalls::all() const {
+  const std::lock_guard lock(m_mutex);
+  return m_calls;
+}
+
+std::vector<std::string> FakeCalls::of(std::initializer_list<std::string_view> beginnings) const {
+  const std::lock_guard lock(m_mutex);
+  std::vector<std::string> result;
+  std::copy_if(m_calls.begin(), m_calls.end(), std::back_inserter(result), [&beginnings](const std::string& call) {
+    return std::any_of(beginnings.begin(), beginnings.end(),
+                       [&call](std::string_view beginning) { return call.starts_with(beginning); });
+  });
+  return result;
+}
+
+int FakeCalls::count(std::string_view operation) const {
+  const std::lock_guard lock(m_mutex);
+  const auto beginning = std::string(operation) + "(";
+  return static_cast<int>(std::count_if(m_calls.begin(), m_calls.end(),
+                                        [&beginning](const std::string& call) { return call.starts_with(beginning); }));
+}
+
+void FakeCalls::clear() {
+  const std::lock_guard lock(m_mutex);
+  m_calls.clear();
+}
+
+}  // namespace motion::test

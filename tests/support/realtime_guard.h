@@ -1,0 +1,68 @@
+// Counts what a thread with real-time promises must not do: allocate, free, lock and make system calls.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string>
+
+namespace motion::test {
+
+enum class Violation { ALLOCATION, DEALLOCATION, LOCK, SYSTEM_CALL };
+
+/// Counts violations of one thread, between arm and disarm. It sees the whole process: the executable that links this
+/// library defines the allocation and locking functions of the C library anew, so that also a library loaded at run time
+/// calls them; the kernel itself reports system calls. Executables that use it need ENABLE_EXPORTS.
+///
+/// | what | counted |
+/// |---|---|
+/// | allocation | malloc, calloc, realloc, reallocarray, aligned_alloc, memalign, posix_memalign, valloc; operator new is a
+/// malloc | | deallocation | free of a block; freeing a null pointer does nothing and is not counted | | lock | mutexes
+/// (recursive ones and those of std too), read-write locks, spin locks: every attempt, also one that fails | | system call |
+/// every one; those that change the thread's own context end the watching of system calls until the next arm |
+///
+/// Meaningless under sanitizers, which replace the same functions.
+class RealtimeGuard {
+ public:
+  static constexpr std::size_t RECORDS = 8;
+  static constexpr std::size_t DEPTH = 16;
+
+  RealtimeGuard() = default;
+  RealtimeGuard(const RealtimeGuard&) = delete;
+  RealtimeGuard& operator=(const RealtimeGuard&) = delete;
+  ~RealtimeGuard() { disarm(); }
+
+  /// Begins, or goes on, to count on the calling thread. Throws std::runtime_error, with a sentence that says why, when the
+  /// kernel cannot report system calls; std::logic_error when another guard is armed on this thread.
+  void arm();
+  /// Makes no difference when it is not armed. On the thread that armed it.
+  void disarm() noexcept;
+
+  [[nodiscard]] std::uint64_t count(Violation kind) const noexcept { return m_counts[static_cast<std::size_t>(kind)]; }
+  [[nodiscard]] bool isClean() const noexcept;
+  /// The counts, and of the first violations what they were and who called; for people. Not while armed.
+  [[nodiscard]] std::string describe() const;
+
+  /// For the replaced functions and the signal handler: notes one violation if a guard is armed on this thread. `operation`
+  /// has static storage and is null for a system call, of which `number` is given.
+  static void note(Violation kind, const char* operation, long number) noexcept;
+
+ private:
+  struct Record {
+    Violation kind = Violation::ALLOCATION;
+    const char* operation = nullptr;
+    long number = 0;
+    std::array<void*, DEPTH> callers{};
+    int depth = 0;
+  };
+
+  void record(Violation kind, const char* operation, long number) noexcept;
+  static void appendCallers(std::string& text, std::span<void* const> callers);
+
+  std::array<std::uint64_t, 4> m_counts{};
+  std::array<Record, RECORDS> m_records{};
+  std::size_t m_recordCount = 0;
+};
+
+}  // namespace motion::test
