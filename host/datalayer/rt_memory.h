@@ -29,13 +29,16 @@ class MemoryBlock {
   [[nodiscard]] const std::string& address() const noexcept { return m_address; }  ///< [any & real-time]
   [[nodiscard]] std::uint32_t size() const noexcept { return m_size; }             ///< [any & real-time]
   [[nodiscard]] std::uint8_t* bytes() const noexcept { return m_bytes.get(); }     ///< [any & real-time]
+  /// Set in a state in which no access begins.
+  static constexpr std::uint64_t CLOSED = std::uint64_t{1} << 32U;
+  /// What an access checks: the revision of the memory map, 0 before there is one, and CLOSED once the memory is deleted.
   /// [any & real-time]
-  [[nodiscard]] bool isDeleted() const noexcept { return m_isDeleted.load(std::memory_order_acquire); }
-  /// The revision of the memory map, 0 before there is one. [any & real-time]
-  [[nodiscard]] std::uint32_t revision() const noexcept { return m_revision.load(std::memory_order_acquire); }
+  [[nodiscard]] const std::atomic<std::uint64_t>& state() const noexcept { return m_state; }
+  /// [any & real-time]
+  [[nodiscard]] bool isDeleted() const noexcept { return (m_state.load(std::memory_order_acquire) & CLOSED) != 0; }
 
   /// From now on no access begins; what is open goes on. [framework]
-  void markDeleted() noexcept { m_isDeleted.store(true, std::memory_order_release); }
+  void markDeleted() noexcept { m_state.fetch_or(CLOSED, std::memory_order_release); }
   /// As IMemoryOwner::setMemoryMap. A refused map changes nothing. Throws std::bad_alloc. [framework]
   [[nodiscard]] comm::datalayer::DlResult setMap(const comm::datalayer::Variant& map);
   /// DL_RT_NOVALIDDATA when no map was set. Throws std::bad_alloc. [any]
@@ -56,7 +59,7 @@ class MemoryBlock {
 /// |---|---|
 /// | begin, end | wait-free and bounded: a few atomic operations, no loop, no lock, no allocation, no system call |
 /// | callers | any number of threads at once, nested too: a begin needs an end each, on the same thread |
-/// | home thread | the first thread with HOME_AFTER accesses in a row, as a cyclic thread has; it counts without read-modify-write |
+/// | home thread | the first with HOME_AFTER accesses in a row, as a cyclic thread has; counts without read-modify-write |
 /// | handle given back, memory deleted | begin is refused with DL_RT_INVALIDOBJECT; what is open stays open and valid |
 /// | end without a begin | DL_RT_NOTOPEN; told by counting per handle, so it cannot tell whose access a surplus end ends |
 /// | freeing | never here: the last end only counts down and touches nothing after it |
@@ -78,27 +81,28 @@ class AccessGate {
     if (m_home.load(std::memory_order_relaxed) != thisThread()) {
       return beginElsewhere(data);
     }
-    // The only writer of this count needs no read-modify-write.
-    m_homeCount.store(m_homeCount.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
+    // The only writer of a count needs no read-modify-write.
+    m_homeBegun.store(m_homeBegun.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
     data = m_bytes;
     return comm::datalayer::DL_OK;
   }
 
   /// As IMemory::endAccess. [any & real-time]
   [[nodiscard]] comm::datalayer::DlResult end() noexcept {
-    const std::int64_t count = m_homeCount.load(std::memory_order_relaxed);
-    // Without a count, what the home thread ends was begun before it became the home thread, if at all.
-    if (m_home.load(std::memory_order_relaxed) != thisThread() || count <= 0) {
+    const std::uint64_t ended = m_homeEnded.load(std::memory_order_relaxed);
+    // What the home thread ends beyond its own count was begun before it became the home thread, if at all.
+    if (m_home.load(std::memory_order_relaxed) != thisThread() || ended == m_homeBegun.load(std::memory_order_relaxed)) {
       return endElsewhere();
     }
     // Pairs with isOpen. From here on the handle may be freed by another thread.
-    m_homeCount.store(count - 1, std::memory_order_release);
+    m_homeEnded.store(ended + 1, std::memory_order_release);
     return comm::datalayer::DL_OK;
   }
 
   /// True while an access is open. Whoever sees false also sees all that was done in the accesses before. [any & real-time]
   [[nodiscard]] bool isOpen() const noexcept {
-    return m_homeCount.load(std::memory_order_acquire) > 0 || m_otherCount.load(std::memory_order_acquire) > 0;
+    const std::uint64_t ended = m_homeEnded.load(std::memory_order_acquire);
+    return m_homeBegun.load(std::memory_order_acquire) != ended || m_otherCount.load(std::memory_order_acquire) > 0;
   }
   [[nodiscard]] bool isGivenBack() const noexcept {  ///< [any & real-time]
     return m_state.load(std::memory_order_acquire) == &s_givenBack;
@@ -121,12 +125,14 @@ class AccessGate {
   std::uint8_t* const m_bytes;
   /// The home thread; set once.
   std::atomic<const void*> m_home{nullptr};
-  /// Accesses that the home thread has begun as such; nobody else writes it.
-  std::atomic<std::int64_t> m_homeCount{0};
+  /// Accesses that the home thread has begun and ended as such; nobody else writes them. Two counts, because one that goes
+  /// up and down would make each access wait for what the one before stored.
+  std::atomic<std::uint64_t> m_homeBegun{0};
+  std::atomic<std::uint64_t> m_homeEnded{0};
   /// All others.
   std::atomic<std::int64_t> m_otherCount{0};
-  /// While there is no home thread: who had the last access, and how many in a row. Inexact when several threads are at it, who
-  /// then disturb each other's row, and no harm is done.
+  /// While there is no home thread: who had the last access, and how many in a row. Inexact when several threads are at it,
+  /// who then disturb each other's row, and no harm is done.
   std::atomic<const void*> m_lastThread{nullptr};
   std::atomic<std::uint32_t> m_inARow{0};
   const std::shared_ptr<MemoryBlock> m_block;

@@ -1,6 +1,7 @@
 // Checks of binary schemas beyond what their own verification covers.
 #include "host/scenario/binary_schema.h"
 
+#include <cstddef>
 #include <utility>
 
 namespace motion::host::scenario {
@@ -20,10 +21,22 @@ bool hasValidIndex(const reflection::Type& type, const reflection::Schema& schem
   return index < static_cast<std::int64_t>(schema.enums()->size());
 }
 
+// Whether a field of a table can have the type; lists of lists do not exist.
 bool isTableType(const reflection::Type& type) {
-  const bool valid = type.base_type() > reflection::None && type.base_type() < reflection::Array;
+  const auto isValid = [](reflection::BaseType base) { return base > reflection::None && base < reflection::Array; };
   const bool isList = type.base_type() == reflection::Vector;
-  return valid && (!isList || (type.element() > reflection::None && type.element() < reflection::Array));
+  return isValid(type.base_type()) && (!isList || (isValid(type.element()) && type.element() != reflection::Vector));
+}
+
+// Whether every union follows the field that tells its type, which is where verification looks for it.
+bool haveUnionsTheirTypes(const std::vector<const reflection::Field*>& byNumber) {
+  for (std::size_t i = 0; i < byNumber.size(); ++i) {
+    const bool isUnion = byNumber[i]->type()->base_type() == reflection::Union;
+    if (isUnion && (i == 0 || byNumber[i - 1]->type()->base_type() != reflection::UType)) {
+      return false;
+    }
+  }
+  return true;
 }
 
 }  // namespace
@@ -38,17 +51,23 @@ bool BinarySchema::isUsable() const {
   if (!reflection::VerifySchemaBuffer(verifier) || schema().root_table() == nullptr || root().is_struct()) {
     return false;
   }
+  // A builder takes the identifier as a C string of this length.
+  const std::string_view identifier = flatbuffers::GetStringView(schema().file_ident());
+  if (!identifier.empty() &&
+      (identifier.size() != flatbuffers::kFileIdentifierLength || identifier.find('\0') != std::string_view::npos)) {
+    return false;
+  }
   // Fields are numbered without gaps and their places follow from their numbers; a builder relies on it.
-  std::vector<bool> seen(root().fields()->size(), false);
+  std::vector<const reflection::Field*> byNumber(root().fields()->size(), nullptr);
   for (const reflection::Field* field : *root().fields()) {
-    const bool fits =
-        field->id() < seen.size() && !seen[field->id()] && field->offset() == flatbuffers::FieldIndexToOffset(field->id());
+    const bool fits = field->id() < byNumber.size() && byNumber[field->id()] == nullptr &&
+                      field->offset() == flatbuffers::FieldIndexToOffset(field->id());
     if (!fits || !isTableType(*field->type()) || !hasValidIndex(*field->type(), schema())) {
       return false;
     }
-    seen[field->id()] = true;
+    byNumber[field->id()] = field;
   }
-  return true;
+  return haveUnionsTheirTypes(byNumber);
 }
 
 std::vector<const reflection::Field*> BinarySchema::fields() const {

@@ -49,8 +49,7 @@ class TableEncoder {
     }
     const flatbuffers::Offset<flatbuffers::Table> table(m_builder.EndTable(start));
     const std::string identifier = flatbuffers::GetString(m_schema.schema().file_ident());
-    const bool hasIdentifier = identifier.size() == flatbuffers::kFileIdentifierLength;
-    m_builder.Finish(table, hasIdentifier ? identifier.c_str() : nullptr);
+    m_builder.Finish(table, identifier.empty() ? nullptr : identifier.c_str());
     return {m_builder.GetBufferPointer(), m_builder.GetSize()};
   }
 

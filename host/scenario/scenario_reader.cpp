@@ -144,9 +144,7 @@ ReadResult readScenarioFile(const std::filesystem::path& path) {
 }
 
 ReadResult readScenarioText(std::string_view text, std::string fileName) {
-  return guarded([&] {
-    return text.size() > MAX_SCENARIO_SIZE ? tooLong(std::move(fileName)) : readText(std::string(text), std::move(fileName));
-  });
+  return guarded([&] { return readText(std::string(text), std::move(fileName)); });
 }
 
 }  // namespace motion::host::scenario

@@ -48,14 +48,14 @@ std::vector<BadInput> badInputs() {
       {"NegativeVelocity", axis + "program: {Feeder: [MoveAbs: {to: 1, velocity: -1}]}\n", "2:20",
        {"'velocity' must be above 0"}},
       {"NegativeTime", axis + "program: {Feeder: [Dwell: {time: -1}]}\n", "2:20", {"'time' must be a number of seconds"}},
-      {"OptionThatNobodyHas", axis + "program: {Feeder: [Dwell: {time: 1, options: [Sparkle: {}]}]}\n", "2:46",
+      {"OptionThatNobodyHas", axis + "program: {Feeder: [Dwell: {time: 1, options: [Sparkle: {}]}]}\n", "2:47",
        {"option 'Sparkle'"}},
       {"ReferenceBeyondTheProgram", axis + "program: {Feeder: [Dwell: {time: 1}]}\nexpect: [{command: Feeder#2, state: done}]\n",
        "3:20", {"Feeder#2"}},
       {"NoYaml", "objects: [{name: A\n", "", {"2:1"}},
-      {"Empty", "", "", {"empty"}},
+      {"Empty", "", "", {"the file holds nothing"}},
       {"Binary", std::string("obj\0ects: 1\n", 12), "", {"text"}},
-      {"Huge", std::string(2U << 20U, '#'), "", {"MiB"}},
+      {"Huge", std::string(2U << 20U, '#'), "", {"too long; at most 1048576 bytes"}},
   };
 }
 
@@ -75,7 +75,7 @@ TEST_P(Bad, IsRefusedWithPlaceAndRemedy) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Input, Bad, testing::ValuesIn(badInputs()), [](const auto& info) { return info.param.name; });
+INSTANTIATE_TEST_SUITE_P(Input, Bad, testing::ValuesIn(badInputs()), [](const auto& tested) { return tested.param.name; });
 
 TEST(BadInput, AllProblemsAreReportedAtOnce) {
   const ScratchDir scratch;

@@ -68,14 +68,14 @@ TEST_P(Example, HasNothingWrong) {
 }
 
 INSTANTIATE_TEST_SUITE_P(All, Example, testing::ValuesIn(exampleNames()),
-                         [](const auto& info) { return info.param; });
+                         [](const auto& tested) { return tested.param; });
 
 TEST(Examples, AreAtLeastFour) { EXPECT_GE(exampleNames().size(), 4U); }
 
 TEST(Examples, EveryGoldenListBelongsToOne) {
   const auto names = exampleNames();
   for (const auto& entry : std::filesystem::directory_iterator(KAVO_SOURCE_DIR "/tests/scenarios/golden")) {
-    EXPECT_NE(std::ranges::find(names, entry.path().stem()), names.end()) << entry.path();
+    EXPECT_NE(std::ranges::find(names, entry.path().stem().string()), names.end()) << entry.path();
   }
 }
 

@@ -305,5 +305,96 @@ TEST_F(RtMemoryTest, MapsAreSetAndReadWhileOthersAccess) {
   EXPECT_EQ(second.join(), DL_RT_INVALIDOBJECT);
 }
 
+/// So many accesses in a row that this thread is the home thread of the handle.
+void makeHome(IMemory& sut) {
+  std::uint8_t* data = nullptr;
+  for (std::uint32_t i = 0; i <= AccessGate::HOME_AFTER; ++i) {
+    ASSERT_EQ(sut.beginAccess(data, 0), DL_OK);
+    ASSERT_EQ(sut.endAccess(), DL_OK);
+  }
+}
+
+TEST_F(RtMemoryTest, EachAccessOfTheHomeThreadIsEndedOnce) {
+  makeHome(*m_user);
+  EXPECT_EQ(m_user->endAccess(), DL_RT_NOTOPEN);
+  EXPECT_EQ(begin(*m_user), DL_OK);
+  EXPECT_EQ(begin(*m_user), DL_OK) << "nested";
+  EXPECT_EQ(m_user->endAccess(), DL_OK);
+  EXPECT_EQ(m_user->endAccess(), DL_OK);
+  EXPECT_EQ(m_user->endAccess(), DL_RT_NOTOPEN);
+  EXPECT_EQ(begin(*m_user, 1), DL_RT_WRONGREVISON);
+  EXPECT_EQ(m_user->endAccess(), DL_RT_NOTOPEN);
+}
+
+TEST_F(RtMemoryTest, AccessBegunBeforeTheThreadBecameTheHomeThreadIsEndedByIt) {
+  EXPECT_EQ(begin(*m_user), DL_OK);
+  makeHome(*m_user);
+  EXPECT_EQ(begin(*m_user), DL_OK);
+  EXPECT_EQ(m_user->endAccess(), DL_OK);
+  EXPECT_EQ(m_user->endAccess(), DL_OK);
+  EXPECT_EQ(m_user->endAccess(), DL_RT_NOTOPEN);
+}
+
+TEST_F(RtMemoryTest, OtherThreadsAccessBesidesTheHomeThread) {
+  makeHome(*m_user);
+  EXPECT_EQ(begin(*m_user), DL_OK);
+  std::thread other([this] {
+    EXPECT_EQ(m_user->endAccess(), DL_RT_NOTOPEN) << "that of the home thread is not its own";
+    makeHome(*m_user);
+    EXPECT_EQ(begin(*m_user), DL_OK);
+    EXPECT_EQ(m_user->endAccess(), DL_OK);
+    EXPECT_EQ(m_user->endAccess(), DL_RT_NOTOPEN);
+  });
+  other.join();
+  EXPECT_EQ(m_user->endAccess(), DL_OK);
+  EXPECT_EQ(m_user->endAccess(), DL_RT_NOTOPEN);
+}
+
+TEST_F(RtMemoryTest, OpenAccessOfTheHomeThreadKeepsHandleAndBytes) {
+  makeHome(*m_user);
+  IMemoryUser* const user = m_user.get();
+  std::uint8_t* data = nullptr;
+  ASSERT_EQ(user->beginAccess(data, 0), DL_OK);
+  ASSERT_EQ(m_dataLayer.closeMemory(m_user), DL_OK);
+  ASSERT_EQ(m_dataLayer.deleteMemorySync(m_owner), DL_OK);
+  m_user.reset();
+  m_owner.reset();
+  EXPECT_EQ(m_dataLayer.reclaim(), 1U);
+  EXPECT_EQ(user->beginAccess(data, 0), DL_RT_INVALIDOBJECT);
+  data[SIZE - 1] = 5;
+  EXPECT_EQ(data[SIZE - 1], 5);
+  EXPECT_EQ(user->endAccess(), DL_OK);
+  EXPECT_EQ(m_dataLayer.reclaim(), 0U);
+}
+
+TEST_F(RtMemoryTest, BytesAreFreedOnlyAfterTheLastAccessOfTheHomeThread) {
+  constexpr int ROUNDS = 50;
+  for (int round = 0; round < ROUNDS; ++round) {
+    std::barrier opened(2);
+    std::thread accessor([&opened, memory = m_user.get()] {
+      makeHome(*memory);
+      std::uint8_t* data = nullptr;
+      const DlResult result = memory->beginAccess(data, 0);
+      opened.arrive_and_wait();
+      ASSERT_EQ(result, DL_OK);
+      for (int i = 0; i < 1000; ++i) {
+        data[i % SIZE] = static_cast<std::uint8_t>(i);
+      }
+      EXPECT_EQ(memory->endAccess(), DL_OK);
+    });
+    opened.arrive_and_wait();
+    ASSERT_EQ(m_dataLayer.closeMemory(m_user), DL_OK);
+    ASSERT_EQ(m_dataLayer.deleteMemorySync(m_owner), DL_OK);
+    m_user.reset();
+    m_owner.reset();
+    while (m_dataLayer.reclaim() > 0) {
+      std::this_thread::yield();
+    }
+    accessor.join();
+    ASSERT_EQ(m_dataLayer.createMemorySync(m_owner, ADDRESS, m_provider.get(), SIZE, MemoryType::INPUT), DL_OK);
+    ASSERT_EQ(m_dataLayer.openMemory(m_user, ADDRESS), DL_OK);
+  }
+}
+
 }  // namespace
 }  // namespace motion::host::datalayer

@@ -103,6 +103,24 @@ TEST(BinarySchema, refusesTypesThatDoNotExist) {
   EXPECT_FALSE(isUsableWith("i16", Type::VT_BASE_TYPE, std::int8_t{reflection::None}));
   EXPECT_FALSE(isUsableWith("i16", Type::VT_BASE_TYPE, std::int8_t{reflection::Array}));
   EXPECT_FALSE(isUsableWith("f64s", Type::VT_ELEMENT, std::int8_t{90}));
+  EXPECT_FALSE(isUsableWith("f64s", Type::VT_ELEMENT, std::int8_t{reflection::None}));
+  EXPECT_FALSE(isUsableWith("f64s", Type::VT_ELEMENT, std::int8_t{reflection::Vector}));
+  EXPECT_FALSE(isUsableWith("i16", Type::VT_BASE_TYPE, std::int8_t{reflection::Vector}));
+}
+
+TEST(BinarySchema, refusesUnionsWithoutTheFieldOfTheirType) {
+  const Bytes bytes = everyType();
+  overwrite(*fieldOf(bytes, "i16").type(), reflection::Type::VT_BASE_TYPE, std::int8_t{reflection::Union});
+  EXPECT_FALSE(isUsableSchema(bytes));
+}
+
+TEST(BinarySchema, refusesFileIdentifiersThatABuilderDoesNotTake) {
+  Bytes bytes = everyType();
+  const auto* identifier = reinterpret_cast<const std::uint8_t*>(reflection::GetSchema(bytes.data())->file_ident()->Data());
+  bytes[static_cast<std::size_t>(identifier - bytes.data())] = 'X';
+  EXPECT_TRUE(isUsableSchema(bytes));
+  bytes[static_cast<std::size_t>(identifier - bytes.data()) + 2] = 0;
+  EXPECT_FALSE(isUsableSchema(bytes));
 }
 
 TEST(BinarySchema, leavesOutDeprecatedFields) {

@@ -123,6 +123,18 @@ TEST(ParseYaml, boundsWhatAliasesMultiply) {
       testing::EndsWith("aliases make more than 600000 values of this file; write the values out or use fewer aliases"));
 }
 
+TEST(ParseYaml, countsWhatEachAliasAdds) {
+  std::string text = "- &a [";
+  for (int i = 0; i < 1000; ++i) {
+    text += "x,";
+  }
+  text += "]\n";
+  for (int i = 0; i < 700; ++i) {
+    text += "- *a\n";
+  }
+  EXPECT_THAT(parse(text).problems, testing::ElementsAre(testing::HasSubstr("aliases make more than 600000 values")));
+}
+
 TEST(ParseYaml, countsAnchorsWithinAnchors) {
   std::string text;
   for (int i = 0; i < 30; ++i) {

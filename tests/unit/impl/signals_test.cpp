@@ -1,6 +1,8 @@
 // The signals as the system functions see them.
 #include "impl/signals.h"
 
+#include <cstddef>
+#include <mutex>
 #include <optional>
 #include <thread>
 
@@ -272,6 +274,54 @@ TEST_F(SignalsTest, NamesEachFailureToCloseInItsOwnWay) {
   EXPECT_EQ(m_host.traceSink.entries()[1].format, "Failed to close  %signals_in: Error(%s)");
   EXPECT_THAT(m_host.calls.of({"dataLayer.closeMemory"}),
               ElementsAre("dataLayer.closeMemory(signals_out)", "dataLayer.closeMemory(signals_in)"));
+}
+
+/// The mutex of a store is its last field. It has no other way in, and whether another caller is kept out can only be asked
+/// without waiting.
+bool canAnotherThreadLock(Signals& store) {
+  constexpr std::size_t MUTEX = 2 * sizeof(void*) + 2 * sizeof(std::shared_ptr<void>);
+  static_assert(sizeof(Signals) == MUTEX + sizeof(std::mutex));
+  auto& mutex = *reinterpret_cast<std::mutex*>(reinterpret_cast<std::byte*>(&store) + MUTEX);
+  bool isLocked = false;
+  std::thread([&] {
+    isLocked = mutex.try_lock();
+    if (isLocked) {
+      mutex.unlock();
+    }
+  }).join();
+  return isLocked;
+}
+
+TEST_F(SignalsTest, KeepsOthersOutFromBeginToEnd) {
+  Signals sut(m_host.dataLayer);
+  std::uint8_t* inBytes = nullptr;
+  std::uint8_t* outBytes = nullptr;
+  EXPECT_TRUE(canAnotherThreadLock(sut));
+  ASSERT_EQ(sut.beginAccess(inBytes, outBytes, ID), FctResult::Okay);
+  EXPECT_FALSE(canAnotherThreadLock(sut));
+  EXPECT_EQ(sut.endAccess(), FctResult::Okay);
+  EXPECT_TRUE(canAnotherThreadLock(sut));
+}
+
+TEST_F(SignalsTest, LetsOthersInAfterEachFailure) {
+  Signals sut(m_host.dataLayer);
+  std::uint8_t* inBytes = nullptr;
+  std::uint8_t* outBytes = nullptr;
+  EXPECT_EQ(sut.beginAccess(inBytes, outBytes, 100), FctResult::InvalidParameter);
+  EXPECT_TRUE(canAnotherThreadLock(sut));
+  for (const char* operation : {"memory.beginAccess signals_out", "memory.beginAccess signals_in"}) {
+    m_host.calls.fail(operation, REFUSAL, 1);
+    EXPECT_EQ(sut.beginAccess(inBytes, outBytes, ID), FctResult::NotOkay);
+    EXPECT_TRUE(canAnotherThreadLock(sut)) << operation;
+  }
+  for (const char* operation : {"memory.endAccess signals_in", "memory.endAccess signals_out"}) {
+    ASSERT_EQ(sut.beginAccess(inBytes, outBytes, ID), FctResult::Okay);
+    m_host.calls.fail(operation, REFUSAL, 1);
+    EXPECT_EQ(sut.endAccess(), FctResult::NotOkay);
+    EXPECT_TRUE(canAnotherThreadLock(sut)) << operation;
+    m_host.calls.failNothing();
+  }
+  m_host.dataLayer.m_memories.at(SIGNALS_OUT_ADDRESS)->openAccesses = 0;
 }
 
 TEST_F(SignalsTest, LosesNoSetOfManyThreads) {

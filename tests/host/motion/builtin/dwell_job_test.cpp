@@ -45,7 +45,8 @@ INSTANTIATE_TEST_SUITE_P(Times, DwellJobDurationTest,
                          testing::Values(Duration{0.0, 0.001, 1}, Duration{0.0001, 0.001, 1}, Duration{0.001, 0.001, 1},
                                          Duration{0.0011, 0.001, 2}, Duration{0.2, 0.001, 200}, Duration{0.3, 0.001, 300},
                                          Duration{0.7, 0.001, 700}, Duration{1.1, 0.001, 1100}, Duration{0.2001, 0.001, 201},
-                                         Duration{0.3, 0.1, 3}, Duration{0.01, 0.004, 3}, Duration{2.0, 0.002, 1000}));
+                                         Duration{0.3, 0.1, 3}, Duration{0.01, 0.004, 3}, Duration{2.0, 0.002, 1000},
+                                         Duration{0.1 + 0.2, 0.001, 300}));
 
 struct DwellJobTest : testing::Test {
   test::World world;
