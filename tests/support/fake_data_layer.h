@@ -1,6 +1,7 @@
 // A pretended data layer: providers, and real-time memories of real bytes.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -20,7 +21,7 @@ struct FakeMemoryState {
   std::vector<std::uint8_t> bytes;
   comm::datalayer::MemoryType type{};
   comm::datalayer::Variant map;
-  int openAccesses = 0;  ///< begun and not ended, by owner and users together
+  std::atomic<int> openAccesses = 0;  ///< begun and not ended, by owner and users together
 };
 
 /// Operations: "provider.start", "provider.stop", "provider.registerNode", "provider.unregisterNode",
