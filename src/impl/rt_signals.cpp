@@ -143,7 +143,9 @@ bool RtSignals::getOutCounter(std::uint32_t id, std::uint8_t& counter) noexcept 
   return true;
 }
 
-bool RtSignals::set(std::uint32_t id) noexcept {
+// Jobs call the following three in every cycle: what they call within the component is inlined into them.
+
+[[gnu::flatten]] bool RtSignals::set(std::uint32_t id) noexcept {
   std::uint8_t out = 0;
   if (!getOutCounter(id, out)) {
     return false;
@@ -156,7 +158,7 @@ bool RtSignals::set(std::uint32_t id) noexcept {
   return true;
 }
 
-bool RtSignals::reset(std::uint32_t id) noexcept {
+[[gnu::flatten]] bool RtSignals::reset(std::uint32_t id) noexcept {
   std::uint8_t out = 0;
   if (!getOutCounter(id, out)) {
     return false;
@@ -169,7 +171,7 @@ bool RtSignals::reset(std::uint32_t id) noexcept {
   return true;
 }
 
-bool RtSignals::get(std::uint32_t id, bool& value, bool resetIfSet) noexcept {
+[[gnu::flatten]] bool RtSignals::get(std::uint32_t id, bool& value, bool resetIfSet) noexcept {
   std::uint8_t out = 0;
   if (!getOutCounter(id, out)) {
     return false;
