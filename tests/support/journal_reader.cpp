@@ -17,6 +17,7 @@ namespace {
 
 constexpr const char* SOCKET_PATH = "/run/systemd/journal/socket";
 constexpr const char* ARRIVAL_FIELD = "KAVO_ARRIVAL";
+constexpr std::chrono::milliseconds REOPEN_INTERVAL{500};
 constexpr std::uint64_t POLL_INTERVAL = 5'000;  // [us]
 
 [[noreturn]] void fail(const std::string& what) {
@@ -78,6 +79,10 @@ std::string uniqueMarker() {
 
 JournalReader::JournalReader() {
   requireJournald();
+  open();
+}
+
+void JournalReader::open() {
   sd_journal* journal = nullptr;
   check(sd_journal_open(&journal, SD_JOURNAL_LOCAL_ONLY), "sd_journal_open");
   m_journal.reset(journal);
@@ -105,6 +110,7 @@ void JournalReader::waitForArrival(std::chrono::milliseconds limit) {
   check(sd_journal_send("MESSAGE=journal reader", "PRIORITY=7", "%s=%s", ARRIVAL_FIELD, marker.c_str(), nullptr),
         "sd_journal_send");
   const auto deadline = std::chrono::steady_clock::now() + limit;
+  auto reopening = std::chrono::steady_clock::now() + REOPEN_INTERVAL;
   match(ARRIVAL_FIELD, marker);
   while (true) {
     const int result = sd_journal_next(m_journal.get());
@@ -114,6 +120,12 @@ void JournalReader::waitForArrival(std::chrono::milliseconds limit) {
     }
     if (std::chrono::steady_clock::now() > deadline) {
       fail("systemd-journald did not store an entry within " + std::to_string(limit.count()) + " ms");
+    }
+    if (std::chrono::steady_clock::now() > reopening) {
+      // A journal that was opened while journald made its files anew may not see the new ones.
+      open();
+      match(ARRIVAL_FIELD, marker);
+      reopening += REOPEN_INTERVAL;
     }
     // journald announces changes a quarter of a second late, so look again before it does.
     check(sd_journal_wait(m_journal.get(), POLL_INTERVAL), "sd_journal_wait");

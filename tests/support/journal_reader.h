@@ -42,6 +42,7 @@ class JournalReader {
     void operator()(sd_journal* journal) const noexcept;
   };
 
+  void open();
   void waitForArrival(std::chrono::milliseconds limit);
   void match(std::string_view field, std::string_view value);
   [[nodiscard]] JournalEntry currentEntry();
