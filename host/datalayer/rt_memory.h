@@ -75,10 +75,10 @@ class AccessGate {
   /// As IMemory::beginAccess. On failure `data` is left as it was. [any & real-time]
   [[nodiscard]] comm::datalayer::DlResult begin(std::uint8_t*& data, std::uint32_t revision) noexcept {
     const std::uint64_t state = m_state.load(std::memory_order_acquire)->load(std::memory_order_acquire);
-    if (state != revision) {
+    if (state != revision) [[unlikely]] {
       return (state & MemoryBlock::CLOSED) != 0 ? comm::datalayer::DL_RT_INVALIDOBJECT : comm::datalayer::DL_RT_WRONGREVISON;
     }
-    if (m_home.load(std::memory_order_relaxed) != thisThread()) {
+    if (m_home.load(std::memory_order_relaxed) != thisThread()) [[unlikely]] {
       return beginElsewhere(data);
     }
     // The only writer of a count needs no read-modify-write.
@@ -91,7 +91,8 @@ class AccessGate {
   [[nodiscard]] comm::datalayer::DlResult end() noexcept {
     const std::uint64_t ended = m_homeEnded.load(std::memory_order_relaxed);
     // What the home thread ends beyond its own count was begun before it became the home thread, if at all.
-    if (m_home.load(std::memory_order_relaxed) != thisThread() || ended == m_homeBegun.load(std::memory_order_relaxed)) {
+    if (m_home.load(std::memory_order_relaxed) != thisThread() || ended == m_homeBegun.load(std::memory_order_relaxed))
+        [[unlikely]] {
       return endElsewhere();
     }
     // Pairs with isOpen. From here on the handle may be freed by another thread.

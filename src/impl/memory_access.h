@@ -11,13 +11,16 @@ namespace motion::kavo {
 /// Begins an access when made and ends it when destroyed, if it could begin. [any & real-time]
 class MemoryAccess {
  public:
-  explicit MemoryAccess(comm::datalayer::IMemory& memory) noexcept
-      : m_memory(memory),
-        m_result(guarded(comm::datalayer::DL_FAILED, [this] { return m_memory.beginAccess(m_data, 0); })) {}
+  explicit MemoryAccess(comm::datalayer::IMemory& memory) noexcept : m_memory(memory) {
+    // The memory is given a local variable, not the member: what it never sees the address of can stay in registers.
+    std::uint8_t* data = nullptr;
+    m_result = guarded(comm::datalayer::DL_FAILED, [&] { return m_memory.beginAccess(data, 0); });
+    m_data = data;
+  }
   MemoryAccess(const MemoryAccess&) = delete;
   MemoryAccess& operator=(const MemoryAccess&) = delete;
   ~MemoryAccess() {
-    if (!hasFailed()) {
+    if (!hasFailed()) [[likely]] {
       guarded([this] { m_memory.endAccess(); });
     }
   }

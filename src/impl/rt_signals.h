@@ -5,6 +5,9 @@
 #include <memory>
 
 #include "comm/datalayer/i_data_layer_factory.h"
+#include "impl/debug_trace.h"
+#include "impl/memory_access.h"
+#include "impl/signal_counters.h"
 #include "motion/kavo/signal_memory.h"
 
 namespace motion::kavo::rt_data {
@@ -54,5 +57,68 @@ class RtSignals {
   std::shared_ptr<comm::datalayer::IMemoryOwner> m_inMemory;
   std::shared_ptr<comm::datalayer::IMemoryOwner> m_outMemory;
 };
+
+// The accessors stand here because jobs call them in every cycle: within a job that asks for it nothing remains of them but
+// the calls of the memories.
+
+inline bool RtSignals::getOutCounter(std::uint32_t id, std::uint8_t& counter) noexcept {
+  if (!m_outMemory) [[unlikely]] {
+    KAVO_TRACE_TEXT(Error, "RtSignals::initialize() not called!");
+    return false;
+  }
+  if (!isValidId(id)) [[unlikely]] {
+    KAVO_TRACE(Error, "wrong id(%d)", id);
+    return false;
+  }
+  const MemoryAccess out(*m_outMemory);
+  if (out.hasFailed()) [[unlikely]] {
+    counter = 0;
+  } else {
+    counter = loadCounter(out.data(), id);
+  }
+  return true;
+}
+
+inline bool RtSignals::set(std::uint32_t id) noexcept {
+  std::uint8_t out = 0;
+  if (!getOutCounter(id, out)) [[unlikely]] {
+    return false;
+  }
+  const MemoryAccess in(*m_inMemory);
+  if (in.hasFailed()) [[unlikely]] {
+    return false;
+  }
+  storeCounter(in.data(), id, settingCounter(KAVO_HERE, id, loadCounter(in.data(), id), out));
+  return true;
+}
+
+inline bool RtSignals::reset(std::uint32_t id) noexcept {
+  std::uint8_t out = 0;
+  if (!getOutCounter(id, out)) [[unlikely]] {
+    return false;
+  }
+  const MemoryAccess in(*m_inMemory);
+  if (in.hasFailed()) [[unlikely]] {
+    return false;
+  }
+  storeCounter(in.data(), id, out);
+  return true;
+}
+
+inline bool RtSignals::get(std::uint32_t id, bool& value, bool resetIfSet) noexcept {
+  std::uint8_t out = 0;
+  if (!getOutCounter(id, out)) [[unlikely]] {
+    return false;
+  }
+  const MemoryAccess in(*m_inMemory);
+  if (in.hasFailed()) [[unlikely]] {
+    return false;
+  }
+  value = loadCounter(in.data(), id) != out;
+  if (value && resetIfSet) {
+    storeCounter(in.data(), id, out);
+  }
+  return true;
+}
 
 }  // namespace motion::kavo::rt_data

@@ -25,7 +25,7 @@ const char* JobObjWaitForSignal::getID() const {
 
 JobResult JobObjWaitForSignal::addJobsToJoblist(core::job::IJobList* list, core::job::JobListTypes type) {
   return addCyclicJob(
-      *list, type, [this] { return execute(); }, getID());
+      *list, type, [this]() __attribute__((flatten)) { return execute(); }, getID());
 }
 
 JobResult JobObjWaitForSignal::registerInputs(core::job::IJobDataHandler* handler) {
@@ -47,7 +47,7 @@ std::string JobObjWaitForSignal::getJobString() const {
 }
 
 JobResult JobObjWaitForSignal::execute() const noexcept {
-  if (m_jobData == nullptr) {
+  if (m_jobData == nullptr) [[unlikely]] {
     KAVO_TRACE_TEXT(Error, "No job data!");
     return JobResult::ExecutionFailed;
   }

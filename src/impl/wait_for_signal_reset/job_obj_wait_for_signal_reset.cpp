@@ -25,7 +25,7 @@ const char* JobObjWaitForSignalReset::getID() const {
 
 JobResult JobObjWaitForSignalReset::addJobsToJoblist(core::job::IJobList* list, core::job::JobListTypes type) {
   return addCyclicJob(
-      *list, type, [this] { return execute(); }, getID());
+      *list, type, [this]() __attribute__((flatten)) { return execute(); }, getID());
 }
 
 JobResult JobObjWaitForSignalReset::registerInputs(core::job::IJobDataHandler* handler) {
@@ -46,7 +46,7 @@ std::string JobObjWaitForSignalReset::getJobString() const {
 }
 
 JobResult JobObjWaitForSignalReset::execute() const noexcept {
-  if (m_jobData == nullptr) {
+  if (m_jobData == nullptr) [[unlikely]] {
     KAVO_TRACE_TEXT(Error, "No job data!");
     return JobResult::ExecutionFailed;
   }
