@@ -54,7 +54,8 @@ const char* baseName(const char* file) noexcept {
 
 // Traces may come while the service changes a switch, so each switch is an atomic of its own.
 EnablingState DebugTrace::s_enablingState;
-std::atomic<ILogRealTime3*> DebugTrace::s_trace{getBufferedTrace()};
+// So may traces come while the service writes its sink here.
+ILogRealTime3* DebugTrace::s_trace = getBufferedTrace();
 
 void DebugTrace::doTrace(TraceType type, const char* file, const char* function, unsigned int line, const char* format,
                          ...) noexcept {
@@ -79,7 +80,11 @@ void DebugTrace::doTrace(TraceType type, const char* file, const char* function,
 }
 
 ILogRealTime3* DebugTrace::getTrace() noexcept {
-  return s_trace.load(std::memory_order_acquire);
+  return std::atomic_ref<ILogRealTime3*>(s_trace).load(std::memory_order_acquire);
+}
+
+void DebugTrace::setTrace(ILogRealTime3* trace) noexcept {
+  std::atomic_ref<ILogRealTime3*>(s_trace).store(trace, std::memory_order_release);
 }
 
 ILogRealTime3* DebugTrace::getBufferedTrace() {
@@ -102,22 +107,19 @@ void DebugTrace::addTraceBundle(IRegistrationRealTime3* registration) noexcept {
     KAVO_TRACE_TEXT(Error, "registration is NULL");
     return;
   }
-  // The service writes into a variable of its own, because other threads read the current sink meanwhile.
-  ILogRealTime3* trace = getTrace();
   constexpr std::int32_t notCalled = -1;
   const std::int32_t result = guarded(notCalled, [&] {
-    return registration->registerUnit(&trace, UNIT_NAME, [](const EnablingState& state) { setTraceEnablingState(state); });
+    return registration->registerUnit(&s_trace, UNIT_NAME, [](const EnablingState& state) { setTraceEnablingState(state); });
   });
   if (result < 0) {
-    s_trace.store(getBufferedTrace(), std::memory_order_release);
+    setTrace(getBufferedTrace());
     KAVO_TRACE(Error, "Calling 'registerUnit' failed with error code 0x%08X, so continue using buffered trace.",
                static_cast<unsigned int>(result));
     return;
   }
-  s_trace.store(trace, std::memory_order_release);
   // The lower half of the address is enough to recognise a sink.
   KAVO_TRACE(Info, "Registered trace from bundle with pointer 0x%08X.",
-             static_cast<unsigned int>(reinterpret_cast<std::uintptr_t>(trace)));
+             static_cast<unsigned int>(reinterpret_cast<std::uintptr_t>(getTrace())));
 }
 
 void DebugTrace::removeTraceBundle(IRegistrationRealTime3* registration) noexcept {
@@ -125,11 +127,12 @@ void DebugTrace::removeTraceBundle(IRegistrationRealTime3* registration) noexcep
   if (trace == getBufferedTrace()) {
     return;
   }
+  // First of all, whoever the sink belongs to: it may be gone as soon as the service knows.
+  setTrace(getBufferedTrace());
   if (registration == nullptr) {
     KAVO_TRACE_TEXT(Error, "registration is NULL");
     return;
   }
-  s_trace.store(getBufferedTrace(), std::memory_order_release);
   constexpr std::int32_t notCalled = -1;
   const std::int32_t result = guarded(notCalled, [&] { return registration->unregisterUnit(&trace); });
   if (result < 0) {

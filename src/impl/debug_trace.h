@@ -43,7 +43,10 @@ class DebugTrace {
   static void removeTraceBundle(common::log::trace::IRegistrationRealTime3* registration) noexcept;
 
  private:
-  static std::atomic<common::log::trace::ILogRealTime3*> s_trace;
+  static void setTrace(common::log::trace::ILogRealTime3* trace) noexcept;
+
+  /// The service writes here while it registers the unit; everybody else goes through std::atomic_ref.
+  static common::log::trace::ILogRealTime3* s_trace;
   static common::log::trace::EnablingState s_enablingState;
 };
 

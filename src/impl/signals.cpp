@@ -12,9 +12,22 @@ namespace motion::kavo {
 using comm::datalayer::DlResult;
 using core::FctResult;
 
+namespace {
+
+DlResult endAccessOf(comm::datalayer::IMemory& memory) noexcept {
+  return guarded(comm::datalayer::DL_FAILED, [&memory] { return memory.endAccess(); });
+}
+
+}  // namespace
+
 Signals::Signals(comm::datalayer::IDataLayerFactory& factory) noexcept : m_factory(factory) {
   const auto open = [&factory](std::shared_ptr<comm::datalayer::IMemoryUser>& memory, const char* name) {
-    return guarded(comm::datalayer::DL_OUT_OF_MEMORY, [&] { return factory.openMemory(memory, rtDataNodeUri + name); });
+    const DlResult result =
+        guarded(comm::datalayer::DL_OUT_OF_MEMORY, [&] { return factory.openMemory(memory, rtDataNodeUri + name); });
+    if (isFailure(result)) {
+      memory.reset();
+    }
+    return result;
   };
   if (isFailure(open(m_outMemory, "signals_out")) || isFailure(open(m_inMemory, "signals_in"))) {
     KAVO_TRACE_TEXT(Error, "Failed to open memory to real-time signals");
@@ -54,7 +67,7 @@ FctResult Signals::beginAccess(std::uint8_t*& in, std::uint8_t*& out, std::uint3
     return FctResult::NotOkay;
   }
   if (const DlResult result = begin(*m_inMemory, in); isFailure(result)) {
-    m_outMemory->endAccess();
+    endAccessOf(*m_outMemory);
     KAVO_TRACE(Error, "Failed to access %s%s: Error(%s)", rtDataNodeUri.c_str(), "signals_in", result.toString());
     return FctResult::NotOkay;
   }
@@ -65,7 +78,7 @@ FctResult Signals::beginAccess(std::uint8_t*& in, std::uint8_t*& out, std::uint3
 FctResult Signals::endAccess() {
   const std::unique_lock lock(m_mutex, std::adopt_lock);
   // A memory that refuses keeps the other one open; this is kept as it is.
-  const bool isEnded = !isFailure(m_inMemory->endAccess()) && !isFailure(m_outMemory->endAccess());
+  const bool isEnded = !isFailure(endAccessOf(*m_inMemory)) && !isFailure(endAccessOf(*m_outMemory));
   return isEnded ? FctResult::Okay : FctResult::NotOkay;
 }
 

@@ -7,6 +7,8 @@
 #include "impl/debug_trace.h"
 #include "impl/ext_dep/ext_dep_mgr.h"
 #include "impl/guarded.h"
+#include "impl/join/cmd_join.h"
+#include "impl/join/join_cmd_global_context.h"
 #include "impl/rt_signals.h"
 #include "impl/send_signal/cmd_send_signal.h"
 #include "impl/wait_for_signal/cmd_wait_for_signal.h"
@@ -17,6 +19,7 @@ namespace motion::kavo {
 
 namespace {
 
+using cmd::CmdJoin;
 using cmd::CmdSendSignal;
 using cmd::CmdWaitForSignal;
 using cmd::CmdWaitForSignalReset;
@@ -46,14 +49,14 @@ constexpr Registration REGISTRATIONS[] = {
     registrationOf<CmdSendSignal<ObjectType::KINEMATICS, SignalAction::SET>>("SetSignal"),
     registrationOf<CmdSendSignal<ObjectType::AXIS, SignalAction::RESET>>("ResetSignal"),
     registrationOf<CmdSendSignal<ObjectType::KINEMATICS, SignalAction::RESET>>("ResetSignal"),
+    registrationOf<CmdJoin<ObjectType::AXIS>>("Join"),
+    registrationOf<CmdJoin<ObjectType::KINEMATICS>>("Join"),
 };
 
 /// The records of the commands, in the order in which they are announced.
 constexpr void (*DATA_TYPES[])(core::job::IJobDataIDMgr&) = {
-    &cmd::registerSendSignalDataTypes,
-    &job::registerSendSignalDataTypes,
-    &job::registerWaitForSignalDataTypes,
-    &job::registerWaitForSignalResetDataTypes,
+    &cmd::registerJoinDataTypes,          &cmd::registerSendSignalDataTypes,         &job::registerSendSignalDataTypes,
+    &job::registerWaitForSignalDataTypes, &job::registerWaitForSignalResetDataTypes,
 };
 
 /// Resolves the object for a published function.
@@ -67,6 +70,11 @@ FctResult resolveObjectType(const CallSite& site, const core::cmd::ICmdContext* 
     KAVO_TRACE_AT(site, Error, "getObjectType failed with %s", getResultText(result));
   }
   return result;
+}
+
+/// Joins that other lives of the component left open are none of this one's.
+void forgetOpenJoins() noexcept {
+  guarded([] { job::JoinCmdGlobalContext::reset(); });
 }
 
 /// Who asks for a command, of which object.
@@ -94,6 +102,7 @@ FctResult addCommand(const CallSite& site, const Request& request, const core::I
 
 bool MotionKavoCmd::initialize(core::MotionCmdIfT& cmdIf, core::MotionCmdIf2T& cmdIf2, core::IMotionExt& ext,
                                comm::datalayer::IDataLayerFactory& factory, const std::string& schemaDir) noexcept {
+  forgetOpenJoins();
   if (!rt_data::RtSignals::getInstance().initialize(factory)) {
     KAVO_TRACE_TEXT(Error, "RtSignals::initialize() failed");
     return false;
@@ -120,10 +129,12 @@ bool MotionKavoCmd::initialize(core::MotionCmdIfT& cmdIf, core::MotionCmdIf2T& c
   cmdIf.resetSignalCmd = &resetSignalCmd;
   cmdIf.setSignalCmd = &setSignalCmd;
   cmdIf.waitForSignalCmd = &waitForSignalCmd;
+  cmdIf.joinCmd = &joinCmd;
   g_motionCmdIf2 = &cmdIf2;
   cmdIf2.general->resetSignalCmd = &resetSignalCmd;
   cmdIf2.general->setSignalCmd = &setSignalCmd;
   cmdIf2.general->waitForSignalCmd = &waitForSignalCmd;
+  cmdIf2.general->joinCmd = &joinCmd;
   cmdIf2.general->waitForSignalResetCmd = &waitForSignalResetCmd;
   return true;
 }
@@ -155,17 +166,12 @@ void MotionKavoCmd::terminate(core::IMotionExt* ext) noexcept {
     cmdIf2->kin->kinSwitchOnPathCmdOpt = nullptr;
   }
   rt_data::RtSignals::getInstance().terminate();
+  forgetOpenJoins();
 }
 
 FctResult MotionKavoCmd::getObjectType(const char* name, ObjectType& type) {
-  const core::IMotionExt* const ext = ExtDepMgr::getInstance().getMotionExtIF();
-  if (ext == nullptr) {
-    KAVO_TRACE_TEXT(Error, "Invalid motion extended interface");
-    return FctResult::NotAvailable;
-  }
-  core::IObjMgr* const objMgr = ext->getObjMgr();
+  core::IObjMgr* const objMgr = getObjMgr(KAVO_HERE);
   if (objMgr == nullptr) {
-    KAVO_TRACE_TEXT(Error, "Invalid object manager");
     return FctResult::NotAvailable;
   }
   const core::IObj* const obj = objMgr->findObj(name, 0);
@@ -211,6 +217,17 @@ FctResult MotionKavoCmd::waitForSignalResetCmd(core::cmd::ICmdContext* context, 
                                                const char* objName, unsigned int signalId, unsigned long& cmdId) noexcept {
   return addCommand<CmdWaitForSignalReset<ObjectType::AXIS>, CmdWaitForSignalReset<ObjectType::KINEMATICS>>(
       KAVO_HERE, {context, source, objName}, job::WaitForSignalResetJobPars({.signalId = signalId}), cmdId);
+}
+
+FctResult MotionKavoCmd::joinCmd(core::cmd::ICmdContext* context, const core::dia::CmdSourceInfo& source,
+                                 const char* objName, const std::vector<std::string>& group, bool syncStartNextCmd,
+                                 unsigned long& cmdId) noexcept {
+  const CallSite site = KAVO_HERE;
+  return guarded(FctResult::OutOfMemory, [&] {
+    const cmd::CmdJoinPars values({.group = group, .syncStartNextCmd = syncStartNextCmd});
+    return addCommand<CmdJoin<ObjectType::AXIS>, CmdJoin<ObjectType::KINEMATICS>>(site, {context, source, objName}, values,
+                                                                                  cmdId);
+  });
 }
 
 }  // namespace motion::kavo

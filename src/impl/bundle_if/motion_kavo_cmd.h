@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "comm/datalayer/i_data_layer_factory.h"
 #include "motion/core/i_motion_ext.h"
@@ -36,6 +37,9 @@ class MotionKavoCmd {
                                           unsigned long& cmdId) noexcept;
   static core::FctResult waitForSignalResetCmd(core::cmd::ICmdContext* context, const core::dia::CmdSourceInfo& source,
                                                const char* objName, unsigned int signalId, unsigned long& cmdId) noexcept;
+  static core::FctResult joinCmd(core::cmd::ICmdContext* context, const core::dia::CmdSourceInfo& source,
+                                 const char* objName, const std::vector<std::string>& group, bool syncStartNextCmd,
+                                 unsigned long& cmdId) noexcept;
 
   static inline core::MotionCmdIfT* g_motionCmdIf = nullptr;  ///< the records written to, null while not initialised
   static inline core::MotionCmdIf2T* g_motionCmdIf2 = nullptr;

@@ -135,8 +135,9 @@ bool MotionKavoCmp::bundleStart() noexcept {
 FctResult MotionKavoCmp::createMotionExt(std::unique_ptr<core::IMotionExt>& motionExt) const {
   const core::ComponentVersionAdd version = makeVersion(m_bundleName);
   core::IMotionExt* made = nullptr;
-  const FctResult result = m_extIF->createExtIfObj(m_extIF->context, &version, &made);
-  motionExt.reset(made);
+  const FctResult result =
+      guarded(FctResult::OutOfMemory, [&] { return m_extIF->createExtIfObj(m_extIF->context, &version, &made); });
+  motionExt.reset(made);  // also what a failing call has made
   return result;
 }
 

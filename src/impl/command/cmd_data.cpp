@@ -35,11 +35,12 @@ core::job::JobResult publishCmdData(core::job::IJobDataHandler& handler, core::I
 
 namespace job {
 
-core::job::JobResult readCmdData(core::job::IJobDataHandler& handler, core::DataID id,
-                                 const core::IContainer*& out) noexcept {
+core::job::JobResult readData(core::job::IJobDataHandler& handler, core::DataID id, SectionID section, const char* who,
+                              core::IContainer*& out) noexcept {
   return guarded(core::job::JobResult::OutOfMemory, [&] {
     core::IContainer* container = nullptr;
-    const auto result = handler.registerRead(id, cmdDataSection(), core::job::READ_ONE, "registerInputs", container);
+    const auto result =
+        handler.registerRead(id, ExtDepMgr::getInstance().getSectionValue(section), core::job::READ_ONE, who, container);
     if (!core::isFailure(result)) {
       out = container;
     }
@@ -47,12 +48,14 @@ core::job::JobResult readCmdData(core::job::IJobDataHandler& handler, core::Data
   });
 }
 
+core::job::JobResult addJob(core::job::IJobList& list, const core::job::Job& job, const char* name) noexcept {
+  return guarded(core::job::JobResult::OutOfMemory, [&] { return list.addJob(job, name, cmdDataSection()); });
+}
+
 core::job::JobResult addCyclicJob(core::job::IJobList& list, core::job::JobListTypes type, const core::job::Job& job,
                                   const char* name) noexcept {
-  if (type != core::job::JobListTypes::CYCLIC_EXECUTION) {
-    return core::job::JobResult::ListTypeNotServed;
-  }
-  return guarded(core::job::JobResult::OutOfMemory, [&] { return list.addJob(job, name, cmdDataSection()); });
+  return type == core::job::JobListTypes::CYCLIC_EXECUTION ? addJob(list, job, name)
+                                                           : core::job::JobResult::ListTypeNotServed;
 }
 
 }  // namespace job

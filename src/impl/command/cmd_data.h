@@ -5,6 +5,7 @@
 
 #include "impl/call_site.h"
 #include "impl/debug_trace.h"
+#include "impl/ext_dep/ext_dep_mgr.h"
 #include "motion/core/job/i_job_data_handler.h"
 #include "motion/core/job/i_job_list.h"
 #include "motion/core/named_type.h"
@@ -36,21 +37,21 @@ template <typename CONTAINER>
 
 namespace motion::kavo::job {
 
-/// Finds a record of that identity. The result of the host; `out` is written only on success. [prepare]
-[[nodiscard]] core::job::JobResult readCmdData(core::job::IJobDataHandler& handler, core::DataID id,
-                                               const core::IContainer*& out) noexcept;
+/// Finds a record of that identity in a section; `who` names the caller. The result of the host; `out` is written only on
+/// success. [prepare]
+[[nodiscard]] core::job::JobResult readData(core::job::IJobDataHandler& handler, core::DataID id, SectionID section,
+                                            const char* who, core::IContainer*& out) noexcept;
 
-/// Finds the record that the job's command offers. InvalidJobData for a record of another type, else the result of the host;
-/// `out` is written only on success. [prepare]
+/// The same for a record of a known type. InvalidJobData for one of another type. [prepare]
 template <typename BASETYPE, typename SEMANTIC>
-[[nodiscard]] core::job::JobResult readCmdData(core::job::IJobDataHandler& handler,
-                                               const core::NamedType<BASETYPE, SEMANTIC>*& out) noexcept {
+[[nodiscard]] core::job::JobResult readData(core::job::IJobDataHandler& handler, SectionID section, const char* who,
+                                            core::NamedType<BASETYPE, SEMANTIC>*& out) noexcept {
   using Record = core::NamedType<BASETYPE, SEMANTIC>;
-  const core::IContainer* container = nullptr;
-  if (const auto result = readCmdData(handler, Record::getMyID(), container); core::isFailure(result)) {
+  core::IContainer* container = nullptr;
+  if (const auto result = readData(handler, Record::getMyID(), section, who, container); core::isFailure(result)) {
     return result;
   }
-  const Record* const record = Record::safeCast(container);
+  Record* const record = Record::safeCast(container);
   if (record == nullptr) {
     return core::job::JobResult::InvalidJobData;
   }
@@ -58,6 +59,20 @@ template <typename BASETYPE, typename SEMANTIC>
   return core::job::JobResult::NoEffect;
 }
 
+/// Finds, for a job, the record that its command offers. [prepare]
+template <typename BASETYPE, typename SEMANTIC>
+[[nodiscard]] core::job::JobResult readCmdData(core::job::IJobDataHandler& handler,
+                                               const core::NamedType<BASETYPE, SEMANTIC>*& out) noexcept {
+  core::NamedType<BASETYPE, SEMANTIC>* record = nullptr;
+  const auto result = readData(handler, SectionID::CMD_DATA, "registerInputs", record);
+  if (!core::isFailure(result)) {
+    out = record;
+  }
+  return result;
+}
+
+/// Adds a job to a list, in the stage of the commands' data. The result of the host, OutOfMemory. [prepare]
+[[nodiscard]] core::job::JobResult addJob(core::job::IJobList& list, const core::job::Job& job, const char* name) noexcept;
 /// Adds a job to the list for cyclic execution; ListTypeNotServed for every other list. [prepare]
 [[nodiscard]] core::job::JobResult addCyclicJob(core::job::IJobList& list, core::job::JobListTypes type,
                                                 const core::job::Job& job, const char* name) noexcept;

@@ -23,7 +23,8 @@ struct Factories {
 
 CmdResult getFactories(const CallSite& site, const RegistrationTexts& texts, const core::IMotionExt& extIf,
                        Factories& factories) noexcept {
-  guarded([&] { factories = {extIf.getObjFactory(), extIf.getGenericCmdFactory()}; });
+  guarded([&] { factories.objects = extIf.getObjFactory(); });
+  guarded([&] { factories.commands = extIf.getGenericCmdFactory(); });
   if (factories.objects == nullptr) {
     KAVO_TRACE_AT(site, Error, "%s", texts.objFactoryMissing);
     return CmdResult::NullPointer;
@@ -114,7 +115,10 @@ CmdResult unregisterCommand(const CallSite& site, const CmdDescription& descript
 }
 
 void registerDataType(const CallSite& site, core::job::IJobDataIDMgr& idMgr, core::DataID id, const char* name) noexcept {
-  if (!guarded(false, [&] { return idMgr.addID(id, name); })) {
+  bool isNew = false;
+  if (!guarded([&] { isNew = idMgr.addID(id, name); })) {
+    KAVO_TRACE_AT(site, Error, "%s could not be registered", name);
+  } else if (!isNew) {
     KAVO_TRACE_AT(site, Warning, "%s was already registered", name);
   }
 }

@@ -17,6 +17,10 @@ const UnmarshalTexts UNMARSHAL_TEXTS = {
     .invalidBuffer = "Invalid FlatBuffer structure",
 };
 
+void traceIsNotFlatbuffers(const CallSite& site, VariantType type) noexcept {
+  KAVO_TRACE_AT(site, Error, "'Variant data type(%d), is not FLATBUFFERS", static_cast<int>(type));
+}
+
 CmdResult getVerifiedBuffer(const CallSite& site, const UnmarshalTexts& texts, const Variant* data, VerifyFn verify,
                             std::span<const std::uint8_t>& buffer) noexcept {
   if (data == nullptr) {

@@ -23,6 +23,9 @@ struct UnmarshalTexts {
 /// The messages of most commands and options.
 extern const UnmarshalTexts UNMARSHAL_TEXTS;
 
+/// UnmarshalTexts::wrongType of the commands that name the type in other words.
+void traceIsNotFlatbuffers(const CallSite& site, comm::datalayer::VariantType type) noexcept;
+
 /// Does a buffer hold a table of some kind?
 using VerifyFn = bool (*)(std::span<const std::uint8_t> buffer);
 
@@ -37,6 +40,17 @@ template <typename TABLE>
   return verifier.VerifyBuffer<TABLE>(nullptr);
 }
 
+/// Makes a CONTAINER of the record that `read` makes; the host owns it. OutOfMemory. [prepare]
+template <typename CONTAINER, typename READ>
+[[nodiscard]] core::cmd::CmdResult makeContainer(core::IContainer*& container, bool& owned, READ read) noexcept {
+  return guarded(core::cmd::CmdResult::OutOfMemory, [&] {
+    core::IContainer* const made = new CONTAINER(read());
+    owned = true;
+    container = made;
+    return core::cmd::CmdResult::Okay;
+  });
+}
+
 /// Makes a CONTAINER of the record that `read` makes of the TABLE; the host owns it. Results as getVerifiedBuffer, and
 /// OutOfMemory. [prepare]
 template <typename TABLE, typename CONTAINER, typename READ>
@@ -47,12 +61,7 @@ template <typename TABLE, typename CONTAINER, typename READ>
   if (const auto result = getVerifiedBuffer(site, texts, data, &isBufferOf<TABLE>, buffer); core::isFailure(result)) {
     return result;
   }
-  return guarded(core::cmd::CmdResult::OutOfMemory, [&] {
-    core::IContainer* const made = new CONTAINER(read(*flatbuffers::GetRoot<TABLE>(buffer.data())));
-    owned = true;
-    container = made;
-    return core::cmd::CmdResult::Okay;
-  });
+  return makeContainer<CONTAINER>(container, owned, [&] { return read(*flatbuffers::GetRoot<TABLE>(buffer.data())); });
 }
 
 }  // namespace motion::kavo::cmd

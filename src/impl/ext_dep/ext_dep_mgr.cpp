@@ -54,4 +54,17 @@ core::SectionValue ExtDepMgr::getSectionValue(SectionID id) const noexcept {
   return address != nullptr ? *static_cast<const core::SectionValue*>(address) : core::section::INVALID;
 }
 
+core::IObjMgr* getObjMgr(const CallSite& site) noexcept {
+  const core::IMotionExt* const ext = ExtDepMgr::getInstance().getMotionExtIF();
+  if (ext == nullptr) {
+    KAVO_TRACE_AT(site, Error, "%s", "Invalid motion extended interface");
+    return nullptr;
+  }
+  core::IObjMgr* const objMgr = guarded<core::IObjMgr*>(nullptr, [ext] { return ext->getObjMgr(); });
+  if (objMgr == nullptr) {
+    KAVO_TRACE_AT(site, Error, "%s", "Invalid object manager");
+  }
+  return objMgr;
+}
+
 }  // namespace motion::kavo

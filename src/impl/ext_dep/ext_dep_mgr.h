@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "impl/call_site.h"
 #include "motion/core/i_motion_ext.h"
 #include "motion/core/i_section_mgr.h"
 
@@ -67,5 +68,9 @@ class ExtDepMgr {
   const core::IMotionExt* m_motionExtIF = nullptr;
   std::array<void*, SECTION_COUNT> m_sections{};
 };
+
+/// The host's object manager. Null, with a trace from `site` of what is missing, without the extension interface or when
+/// that has none. [any]
+[[nodiscard]] core::IObjMgr* getObjMgr(const CallSite& site) noexcept;
 
 }  // namespace motion::kavo

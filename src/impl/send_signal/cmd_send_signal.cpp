@@ -34,10 +34,7 @@ constexpr RegistrationTexts REGISTRATION = {
 };
 
 constexpr UnmarshalTexts UNMARSHALLING = {
-    .wrongType =
-        [](const CallSite& site, comm::datalayer::VariantType type) noexcept {
-          KAVO_TRACE_AT(site, Error, "'Variant data type(%d), is not FLATBUFFERS", static_cast<int>(type));
-        },
+    .wrongType = &traceIsNotFlatbuffers,
     .invalidBuffer = "Invalid FlatBuffer description",
 };
 

@@ -58,10 +58,21 @@ inline const std::vector<ExpectedCommand> EXPECTED_COMMANDS = {
      "Reset a signal",
      {"SendSignalGroup", "KinNonMotionCommandsGroup"},
      "ext_job_send_signal_cmd"},
+    {{core::ObjectType::AXIS, "Join"},
+     "cmdJoin.bfbs",
+     "Synchronize start next buffered command on multiple motion objects",
+     {"JoinCmdGroup"},
+     "kavo_job_join"},
+    {{core::ObjectType::KINEMATICS, "Join"},
+     "cmdJoin.bfbs",
+     "Synchronize start next buffered command on multiple motion objects",
+     {"JoinCmdGroup"},
+     "kavo_job_join"},
 };
 
 /// Names of the records, in the order in which they are announced.
-inline const std::vector<std::string> EXPECTED_DATA_TYPES = {"CmdSendSignalPars", "SendSignalJobPars",
+inline const std::vector<std::string> EXPECTED_DATA_TYPES = {"CmdJoinPars",          "JoinJobPars",
+                                                             "CmdSendSignalPars",    "SendSignalJobPars",
                                                              "WaitForSignalJobPars", "WaitForSignalResetJobPars"};
 
 }  // namespace motion::kavo

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "impl/bundle_if/motion_kavo_cmd.h"
+#include "impl/join/join_pars.h"
 #include "impl/send_signal/send_signal_pars.h"
 #include "impl/wait_for_signal/wait_for_signal_pars.h"
 #include "impl/wait_for_signal_reset/wait_for_signal_reset_pars.h"
@@ -128,6 +129,17 @@ const FunctionCase WAIT_RESET = {
       return record != nullptr && record->get().signalId == 42;
     }};
 
+const std::vector<std::string> JOIN_GROUP = {"X", "no such", ""};
+const FunctionCase JOIN = {"joinCmd", "Join",
+                           [](auto* context, const auto& source, const char* name, bool flag, unsigned long& cmdId) {
+                             return MotionKavoCmd::joinCmd(context, source, name, JOIN_GROUP, flag, cmdId);
+                           },
+                           [](const core::IContainer& values, bool flag) {
+                             const auto* const record = cmd::CmdJoinPars::safeCast(&values);
+                             return record != nullptr && record->get().syncStartNextCmd == flag &&
+                                    record->get().group == JOIN_GROUP;
+                           }};
+
 class PublishedFunctionTest : public GetObjectTypeTest, public testing::WithParamInterface<FunctionCase> {
  protected:
   [[nodiscard]] FctResult call(const char* name, bool flag = false) {
@@ -219,7 +231,7 @@ TEST_P(PublishedFunctionTest, AnswersEachFailureToAllocateWithAFailure) {
       });
 }
 
-INSTANTIATE_TEST_SUITE_P(All, PublishedFunctionTest, testing::Values(SET, RESET, WAIT, WAIT_RESET),
+INSTANTIATE_TEST_SUITE_P(All, PublishedFunctionTest, testing::Values(SET, RESET, WAIT, WAIT_RESET, JOIN),
                          [](const auto& testCase) { return testCase.param.name; });
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include <cstddef>
 
 #include "expected_commands.h"
+#include "impl/join/join_cmd_global_context.h"
 #include "impl_fixture.h"
 
 namespace motion::kavo {
@@ -143,6 +144,8 @@ TEST_F(MotionKavoCmdTest, PublishesItsFunctionsInBothRecords) {
   EXPECT_EQ(m_host.cmdIf.resetSignalCmd, &sut::resetSignalCmd);
   EXPECT_EQ(m_host.cmdIf.setSignalCmd, &sut::setSignalCmd);
   EXPECT_EQ(m_host.cmdIf.waitForSignalCmd, &sut::waitForSignalCmd);
+  EXPECT_EQ(m_host.cmdIf.joinCmd, &sut::joinCmd);
+  EXPECT_EQ(m_host.cmdGeneral.joinCmd, &sut::joinCmd);
   EXPECT_EQ(m_host.cmdGeneral.resetSignalCmd, &sut::resetSignalCmd);
   EXPECT_EQ(m_host.cmdGeneral.setSignalCmd, &sut::setSignalCmd);
   EXPECT_EQ(m_host.cmdGeneral.waitForSignalCmd, &sut::waitForSignalCmd);
@@ -164,6 +167,40 @@ TEST_F(MotionKavoCmdTest, TakesEverythingBackInTheSameOrder) {
   expectNeighboursUntouched();
 }
 
+TEST_F(MotionKavoCmdTest, ClearsEachOfItsFieldsWhateverStandsInIt) {
+  ASSERT_TRUE(initialize());
+  const auto option = [](core::cmd::ICmdContext*, const core::dia::CmdSourceInfo&, const char*, unsigned int) {
+    return FctResult::Okay;
+  };
+  m_host.cmdIf.setSignalCmdOpt = option;
+  m_host.cmdGeneral.setSignalCmdOpt = option;
+  m_host.cmdKin.kinSwitchOnPathCmdOpt = [](core::cmd::ICmdContext*, const core::dia::CmdSourceInfo&,
+                                           core::cmd::CmdOptPermType, const char*, SwitchOnPathMode, unsigned int,
+                                           SwitchOnPathAction, const double*, double, double) { return FctResult::Okay; };
+  sut::terminate(&m_host.ext);
+  expectNothingPublished();
+  expectNeighboursUntouched();
+}
+
+TEST_F(MotionKavoCmdTest, ForgetsOpenJoinsAtBothEndsOfItsLife) {
+  using job::JoinCmdGlobalContext;
+  for (const bool atStart : {true, false}) {
+    if (!atStart) {
+      ASSERT_TRUE(initialize());
+    }
+    const auto open = std::make_shared<JoinCmdGlobalContext>(job::JoinGroup{});
+    JoinCmdGlobalContext::appendToLinkedList(open);
+    if (atStart) {
+      ASSERT_TRUE(initialize());
+    } else {
+      sut::terminate(&m_host.ext);
+    }
+    EXPECT_EQ(JoinCmdGlobalContext::listSize(), 0U);
+    EXPECT_EQ(JoinCmdGlobalContext(job::JoinGroup{}).seq(), 1U) << "sequence numbers begin anew";
+    sut::terminate(&m_host.ext);
+  }
+}
+
 TEST_F(MotionKavoCmdTest, GoesOnSilentlyWhereUnregisteringFails) {
   ASSERT_TRUE(initialize());
   forget();
@@ -174,7 +211,7 @@ TEST_F(MotionKavoCmdTest, GoesOnSilentlyWhereUnregisteringFails) {
   auto expected = perRow("Info motion_kavo_cmd terminate: Unregistration of ", " succeeded");
   expected.erase(expected.begin() + 2, expected.begin() + 4);
   EXPECT_EQ(traces(), expected);
-  EXPECT_EQ(m_host.cmdFactory.m_commands.size(), 2U);
+  EXPECT_EQ(m_host.cmdFactory.m_commands.size(), 2U) << "those that the host did not let go";
   m_host.cmdFactory.m_commands.clear();
 }
 

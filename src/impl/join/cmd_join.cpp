@@ -1,0 +1,211 @@
+// The command Join.
+#include "impl/join/cmd_join.h"
+
+#include <algorithm>
+#include <string_view>
+
+#include "impl/command/cmd_data.h"
+#include "impl/command/cmd_groups.h"
+#include "impl/command/registration.h"
+#include "impl/command/unmarshalling.h"
+#include "impl/ext_dep/ext_dep_mgr.h"
+#include "impl/join/job_obj_join.h"
+#include "motion/core/cmd/i_cmd.h"
+#include "schemas/command/cmdJoin_generated.h"
+
+namespace motion::kavo::cmd {
+
+using core::ObjectType;
+using core::cmd::CmdResult;
+
+namespace {
+
+constexpr JobPrototype JOBS[] = {{job::JobObjJoin::JOB_NAME, &makePrototype<job::JobObjJoin>}};
+
+constexpr CmdDescription DESCRIPTION = {
+    .schemaFile = "cmdJoin.bfbs",
+    .description = "Synchronize start next buffered command on multiple motion objects",
+    .jobs = JOBS,
+    .texts = REGISTRATION_TEXTS,
+};
+
+constexpr UnmarshalTexts UNMARSHALLING = {
+    .wrongType = &traceIsNotFlatbuffers,
+    .invalidBuffer = "Invalid FlatBuffer structure",
+};
+
+CmdJoinParsT read(const fbs::CmdJoin& table) {
+  CmdJoinParsT pars{.group = {}, .syncStartNextCmd = table.syncStartNextCmd()};
+  pars.group.reserve(table.group()->size());
+  for (const flatbuffers::String* const name : *table.group()) {
+    pars.group.push_back(name->str());
+  }
+  return pars;
+}
+
+/// Appends the objects of these names, up to the first that does not exist.
+CmdResult appendObjects(const CallSite& site, core::IObjMgr& objMgr, const std::vector<std::string>& names,
+                        job::JoinGroup& group) {
+  group.reserve(group.size() + names.size());
+  for (const std::string& name : names) {
+    const core::IObj* const obj = objMgr.findObj(name.c_str(), 0);
+    if (obj == nullptr) {
+      KAVO_TRACE_AT(site, Error, "motion object %s is not found", name.c_str());
+      return CmdResult::Refused;
+    }
+    group.push_back(obj);
+  }
+  return CmdResult::Okay;
+}
+
+/// Byte by byte, as all members do it.
+void sortByName(const core::IObjMgr& objMgr, job::JoinGroup& group) {
+  std::ranges::sort(group, {}, [&objMgr](const core::IObj* obj) {
+    const char* const name = objMgr.getObjName(obj);
+    return std::string_view(name != nullptr ? name : "");
+  });
+}
+
+}  // namespace
+
+template <ObjectType OBJECT_TYPE>
+CmdJoin<OBJECT_TYPE>::CmdJoin(core::IObjFactory& objFactory) : KavoCmd<OBJECT_TYPE>(getStaticName(), objFactory) {}
+
+template <ObjectType OBJECT_TYPE>
+CmdResult CmdJoin<OBJECT_TYPE>::registerCmd(const core::IMotionExt& extIf, const std::string& schemaDir) {
+  static constexpr const char* groups[] = {GROUP_JOIN_CMD};
+  const CmdRegistration<OBJECT_TYPE> registration = {
+      .getCmdId = &getCmdId,
+      .groups = groups,
+      .onCreate = &onCreate,
+      .onMarshal = &onMarshall,
+  };
+  return registerCommand(KAVO_HERE, DESCRIPTION, registration, extIf, schemaDir);
+}
+
+template <ObjectType OBJECT_TYPE>
+CmdResult CmdJoin<OBJECT_TYPE>::unregisterCmd(const core::IMotionExt& extIf) {
+  return unregisterCommand(KAVO_HERE, DESCRIPTION, &getCmdId, extIf);
+}
+
+template <ObjectType OBJECT_TYPE>
+CmdResult CmdJoin<OBJECT_TYPE>::onCreate(core::IObjFactory& factory, bool buffered, core::cmd::CmdGeneric<OBJECT_TYPE>*& cmd,
+                                         std::string& errText) {
+  return createCommand<CmdJoin>(KAVO_HERE, factory, buffered, cmd, errText);
+}
+
+template <ObjectType OBJECT_TYPE>
+CmdResult CmdJoin<OBJECT_TYPE>::onMarshall(const comm::datalayer::Variant* data, core::IContainer*& container, bool& owned) {
+  std::span<const std::uint8_t> buffer;
+  const auto result = getVerifiedBuffer(KAVO_HERE, UNMARSHALLING, data, &isBufferOf<fbs::CmdJoin>, buffer);
+  if (core::isFailure(result)) {
+    return result;
+  }
+  const auto& table = *flatbuffers::GetRoot<fbs::CmdJoin>(buffer.data());
+  if (table.group() == nullptr) {
+    KAVO_TRACE_TEXT(Error, "No axes defined in group");
+    return CmdResult::InvalidParameterData;
+  }
+  return makeContainer<CmdJoinPars>(container, owned, [&table] { return read(table); });
+}
+
+template <ObjectType OBJECT_TYPE>
+const core::cmd::CmdId& CmdJoin<OBJECT_TYPE>::getCmdId() {
+  static const core::cmd::CmdId id = {OBJECT_TYPE, getStaticName()};
+  return id;
+}
+
+template <ObjectType OBJECT_TYPE>
+const char* CmdJoin<OBJECT_TYPE>::getStaticName() noexcept {
+  return "Join";
+}
+
+template <ObjectType OBJECT_TYPE>
+std::vector<std::string> CmdJoin<OBJECT_TYPE>::getJobNames() const {
+  return jobNamesOf(JOBS);
+}
+
+template <ObjectType OBJECT_TYPE>
+CmdResult CmdJoin<OBJECT_TYPE>::onSetCmdValues(const core::IContainer* cmdValues, const core::dia::CmdSourceInfo& /*source*/,
+                                               core::IObj* obj, bool /*flag*/) {
+  m_motionObj.setGiven(obj);
+  const auto* const values = CmdJoinPars::safeCast(cmdValues);
+  if (values == nullptr) {
+    KAVO_TRACE_TEXT(Error, "CmdJoinPars::safeCast(cmdValues) failed");
+    return CmdResult::WrongContainer;
+  }
+  const CallSite site = KAVO_HERE;
+  return guarded(CmdResult::OutOfMemory, [&] {
+    const CmdJoinParsT pars = values->get();
+    if (pars.group.empty()) {
+      KAVO_TRACE_AT(site, Error, "%s", "No motion objects specified for the join command");
+      return CmdResult::Refused;
+    }
+    core::IObjMgr* const objMgr = getObjMgr(site);
+    if (objMgr == nullptr) {
+      return CmdResult::NullPointer;
+    }
+    job::JoinJobParsT& jobPars = m_cmdValues.getRef();
+    jobPars.syncStartNextCmd = pars.syncStartNextCmd;
+    return appendObjects(site, *objMgr, pars.group, jobPars.group);
+  });
+}
+
+template <ObjectType OBJECT_TYPE>
+CmdResult CmdJoin<OBJECT_TYPE>::onValidate(const core::dia::CmdSourceInfo& /*source*/, core::dia::IDia* /*dia*/) {
+  const CallSite site = KAVO_HERE;
+  const core::IObjMgr* const objMgr = getObjMgr(site);
+  if (objMgr == nullptr) {
+    return CmdResult::NullPointer;
+  }
+  return guarded(CmdResult::OutOfMemory, [&] {
+    const core::IObj* const obj = m_motionObj.get();
+    if (obj == nullptr) {
+      KAVO_TRACE_AT(site, Error, "%s", "Motion object is invalid");
+      return CmdResult::NullPointer;
+    }
+    job::JoinGroup& group = m_cmdValues.getRef().group;
+    if (std::ranges::find(group, obj) == group.end()) {
+      group.push_back(obj);
+    }
+    if (group.size() < 2) {
+      KAVO_TRACE_AT(site, Error, "%s", "No motion object(s) specified to join with.");
+      return CmdResult::Refused;
+    }
+    sortByName(*objMgr, group);
+    return CmdResult::Okay;
+  });
+}
+
+template <ObjectType OBJECT_TYPE>
+CmdResult CmdJoin<OBJECT_TYPE>::onRegisterJobListsInputs(core::job::IJobDataHandler& handler) {
+  if (const auto result = publishCmdData(handler, m_cmdValues); core::isFailure(result)) {
+    KAVO_TRACE(Error, "JoinJobPars::registerPublish failed: [0x%X]", core::toCode(result));
+    return CmdResult::Refused;
+  }
+  core::IObjPtr* motionObj = nullptr;
+  const auto result = job::readData(handler, SectionID::OBJ_DATA, "onRegisterJobListsInputs", motionObj);
+  if (core::isFailure(result)) {
+    KAVO_TRACE(Error, "IObjPtr::registerRead failed: [0x%X]", core::toCode(result));
+    return CmdResult::Refused;
+  }
+  m_motionObj.setPublished(motionObj);
+  return CmdResult::Okay;
+}
+
+template <ObjectType OBJECT_TYPE>
+void CmdJoin<OBJECT_TYPE>::onCmdStateChanged(const core::cmd::ICmdFrame& frame, core::cmd::CmdState /*state*/) {
+  if (frame.getCmdState() != core::cmd::CmdState::ABORTED) {
+    return;
+  }
+  if (core::job::IJobObject* const found = frame.getJobHandler().findJobObject(job::JobObjJoin::JOB_NAME);
+      found != nullptr) {
+    // The name belongs to this class: the factory clones the prototype that this command has registered.
+    static_cast<job::JobObjJoin*>(found)->onAbort();
+  }
+}
+
+template class CmdJoin<ObjectType::AXIS>;
+template class CmdJoin<ObjectType::KINEMATICS>;
+
+}  // namespace motion::kavo::cmd
