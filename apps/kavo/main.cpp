@@ -3,6 +3,8 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
+#include <atomic>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -21,8 +23,13 @@ using motion::host::run::PlayOptions;
 using motion::host::run::PlayResult;
 
 constexpr const char* EXIT_CODES =
-    "Exit codes: 0 fine; 1 an expectation failed, a command failed or an object is stuck; 2 bad input;\n"
+    "Exit codes: 0 fine; 1 an expectation failed, a command failed or an object is stuck (check: would be); 2 bad input;\n"
     "3 the bundle could not be loaded, started or stopped.";
+
+/// Raised by SIGUSR1, lowered by whoever has explained.
+std::atomic<bool> g_isExplanationWanted{false};
+
+void onUserSignal(int /*signal*/) { g_isExplanationWanted.store(true, std::memory_order_relaxed); }
 
 struct Arguments {
   PlayOptions play;
@@ -103,7 +110,12 @@ int play(Arguments& arguments) {
   options.startLimit = std::chrono::milliseconds(static_cast<std::int64_t>(arguments.startLimit * 1e3));
   const bool onTerminal = isatty(STDERR_FILENO) != 0;
   if (onTerminal) {
-    options.onProgress = showProgress;
+    options.watch.onProgress = showProgress;
+  }
+  if (options.realTime) {
+    static_cast<void>(std::signal(SIGUSR1, onUserSignal));
+    options.watch.wantsExplanation = [] { return g_isExplanationWanted.exchange(false, std::memory_order_relaxed); };
+    options.watch.onExplanation = [](const std::string& text) { fmt::print(stderr, "\n{}\n", text); };
   }
   const PlayResult result = motion::host::run::play(options);
   if (onTerminal && options.realTime) {
@@ -131,8 +143,11 @@ int main(int argc, char** argv) {
   CLI::App* run = app.add_subcommand("run", "play a scenario and print what happened");
   addCommonOptions(*run, arguments);
   run->add_flag("--real-time", arguments.play.realTime, "run in real time instead of virtual time");
+  run->add_option("--stuck-after", arguments.play.stuckAfter,
+                  "in real time: cycles without any event after which objects that wait are given up")
+      ->check(CLI::Range(std::uint64_t{1}, std::uint64_t{1'000'000'000}));
   run->add_flag("--events", arguments.events, "print only the list of events, one a line");
-  run->footer(EXIT_CODES);
+  run->footer(std::string(EXIT_CODES) + "\nIn real time SIGUSR1 prints who waits for whom at that moment.");
   CLI::App* check = app.add_subcommand("check", "read and validate a scenario without running it");
   addCommonOptions(*check, arguments);
   check->footer(EXIT_CODES);

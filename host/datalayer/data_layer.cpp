@@ -2,7 +2,6 @@
 #include "host/datalayer/data_layer.h"
 
 #include <algorithm>
-#include <new>
 #include <utility>
 
 #include "host/datalayer/guarded.h"
@@ -21,11 +20,7 @@ IProvider* DataLayer::createProvider(const std::string& endpoint) {
   if (endpoint != PROVIDER_ENDPOINT) {
     return nullptr;
   }
-  try {
-    return std::make_unique<Provider>(m_nodes).release();
-  } catch (...) {
-    return nullptr;
-  }
+  return host::guarded<IProvider*>(nullptr, [this] { return std::make_unique<Provider>(m_nodes).release(); });
 }
 
 DlResult DataLayer::createMemorySync(std::shared_ptr<IMemoryOwner>& memory, const std::string& address, IProvider* provider,

@@ -1,7 +1,5 @@
 #include "host/motion/cmd_factory.h"
 
-#include <fmt/format.h>
-
 #include <flatbuffers/reflection.h>
 
 #include <fstream>
@@ -29,11 +27,6 @@ std::vector<std::uint8_t> readBinarySchema(const std::string& path) {
   return bytes;
 }
 
-void Complaints::add(std::string text) {
-  const std::scoped_lock lock(m_mutex);
-  m_texts.push_back(std::move(text));
-}
-
 std::vector<std::string> Complaints::all() const {
   const std::scoped_lock lock(m_mutex);
   return m_texts;
@@ -41,46 +34,53 @@ std::vector<std::string> Complaints::all() const {
 
 namespace {
 
-/// Completes an entry with its schema and adds it; the same for commands and options.
-template <typename ENTRY>
-CmdResult addWithSchema(Registry<ENTRY>& registry, Complaints& complaints, ENTRY entry, const std::string& schemaPath) {
-  try {
-    entry.schema = readBinarySchema(schemaPath);
-    const std::string name = entry.id.name;
+/// Makes an entry, completes it with its schema and adds it; the same for commands and options.
+template <typename ENTRY, typename MAKE>
+CmdResult addWithSchema(Registry<ENTRY>& registry, Complaints& complaints, const CmdId& id, const std::string& schemaPath,
+                        const MAKE& makeEntry) noexcept {
+  return guarded(CmdResult::OutOfMemory, CmdResult::NullPointer, [&] {
+    ENTRY entry = makeEntry();
+    try {
+      entry.schema = readBinarySchema(schemaPath);
+    } catch (const std::runtime_error& error) {
+      complaints.add("{}", error.what());
+      return CmdResult::SchemaNotReadable;
+    }
     if (!registry.add(std::move(entry))) {
-      complaints.add(fmt::format("'{}' is registered already", name));
+      complaints.add("'{}' is registered already", id.name);
       return CmdResult::AlreadyRegistered;
     }
     return CmdResult::Okay;
-  } catch (const std::bad_alloc&) {
-    return CmdResult::OutOfMemory;
-  } catch (const std::exception& error) {
-    complaints.add(error.what());
-    return CmdResult::SchemaNotReadable;
-  }
+  });
 }
 
 }  // namespace
 
-CmdResult GenericCmdFactory::add(CmdEntry entry, const std::string& schemaPath) {
-  return addWithSchema(m_registry, m_complaints, std::move(entry), schemaPath);
+template <ObjectType TYPE>
+CmdResult GenericCmdFactory::add(const CmdId& id, const core::cmd::CmdCreateFn<TYPE>& onCreate,
+                                 const core::cmd::CmdMarshalFn& onMarshal, bool visible,
+                                 const std::vector<std::string>& groups, const std::string& schemaPath,
+                                 const std::string& description) noexcept {
+  return addWithSchema(m_registry, m_complaints, id, schemaPath, [&] {
+    return CmdEntry{id, wrapCreate<TYPE>(onCreate), onMarshal, visible, groups, {}, description, false};
+  });
 }
 
 CmdResult GenericCmdFactory::registerCmd(const CmdId& id, const core::cmd::CmdCreateFn<ObjectType::AXIS>& onCreate,
                                          const core::cmd::CmdMarshalFn& onMarshal, bool visible,
                                          const std::vector<std::string>& groups, const std::string& schemaPath,
-                                         const std::string& description, const std::string& /*helpUrl*/) {
-  return add({id, wrapCreate<ObjectType::AXIS>(onCreate), onMarshal, visible, groups, {}, description, false}, schemaPath);
+                                         const std::string& description, const std::string& /*helpUrl*/) noexcept {
+  return add(id, onCreate, onMarshal, visible, groups, schemaPath, description);
 }
 
 CmdResult GenericCmdFactory::registerCmd(const CmdId& id, const core::cmd::CmdCreateFn<ObjectType::KINEMATICS>& onCreate,
                                          const core::cmd::CmdMarshalFn& onMarshal, bool visible,
                                          const std::vector<std::string>& groups, const std::string& schemaPath,
-                                         const std::string& description, const std::string& /*helpUrl*/) {
-  return add({id, wrapCreate<ObjectType::KINEMATICS>(onCreate), onMarshal, visible, groups, {}, description, false}, schemaPath);
+                                         const std::string& description, const std::string& /*helpUrl*/) noexcept {
+  return add(id, onCreate, onMarshal, visible, groups, schemaPath, description);
 }
 
-CmdResult GenericCmdFactory::unregisterCmd(const CmdId& id) {
+CmdResult GenericCmdFactory::unregisterCmd(const CmdId& id) noexcept {
   return m_registry.remove(id) ? CmdResult::Okay : CmdResult::NotRegistered;
 }
 
@@ -92,19 +92,21 @@ bool GenericCmdFactory::addBuiltIn(CmdEntry entry) {
 CmdResult GenericCmdOptionFactory::registerCmdOption(const CmdId& id, const core::cmd::CmdOptionCreateFn& onCreate,
                                                      const core::cmd::CmdOptionMarshalFn& onMarshal,
                                                      const std::vector<std::string>& groups, const std::string& schemaPath,
-                                                     const std::string& description, const std::string& helpUrl) {
+                                                     const std::string& description, const std::string& helpUrl) noexcept {
   return registerCmdOptionWithSlots(id, onCreate, onMarshal, groups, schemaPath, description, helpUrl, {});
 }
 
-CmdResult GenericCmdOptionFactory::registerCmdOptionWithSlots(
-    const CmdId& id, const core::cmd::CmdOptionCreateFn& onCreate, const core::cmd::CmdOptionMarshalFn& onMarshal,
-    const std::vector<std::string>& groups, const std::string& schemaPath, const std::string& description,
-    const std::string& /*helpUrl*/, const std::vector<std::uint32_t>& slots) {
-  return addWithSchema(m_registry, m_complaints, CmdOptionEntry{id, onCreate, onMarshal, groups, {}, description, slots},
-                       schemaPath);
+CmdResult GenericCmdOptionFactory::registerCmdOptionWithSlots(const CmdId& id, const core::cmd::CmdOptionCreateFn& onCreate,
+                                                              const core::cmd::CmdOptionMarshalFn& onMarshal,
+                                                              const std::vector<std::string>& groups,
+                                                              const std::string& schemaPath, const std::string& description,
+                                                              const std::string& /*helpUrl*/,
+                                                              const std::vector<std::uint32_t>& slots) noexcept {
+  return addWithSchema(m_registry, m_complaints, id, schemaPath,
+                       [&] { return CmdOptionEntry{id, onCreate, onMarshal, groups, {}, description, slots}; });
 }
 
-CmdResult GenericCmdOptionFactory::unregisterCmdOption(const CmdId& id) {
+CmdResult GenericCmdOptionFactory::unregisterCmdOption(const CmdId& id) noexcept {
   return m_registry.remove(id) ? CmdResult::Okay : CmdResult::NotRegistered;
 }
 

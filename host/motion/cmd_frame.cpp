@@ -40,7 +40,7 @@ CmdResult CmdFrame::build(core::IObjFactory& factory, std::string& problem) {
 CmdResult CmdFrame::publishCommand(std::string& problem) {
   if (core::isFailure(m_data.registerPublish(core::cmd::ICmdPtr::getMyID(), SectionMgr::CMD_DATA, "host", &m_cmdPtr))) {
     problem = "the command could not be published to its jobs";
-    return CmdResult::Refused;
+    return CmdResult::JobRegistrationFailed;
   }
   const CmdResult result = m_cmd->onRegisterJobListsInputs(m_data);
   if (core::isFailure(result)) {
@@ -57,11 +57,13 @@ CmdResult CmdFrame::addJobObject(core::IObjFactory& factory, const std::string& 
     problem = fmt::format("job object '{}' could not be created: 0x{:08X}", name, core::toCode(created));
     return CmdResult::JobCreationFailed;
   }
-  for (const JobResult result : {job->registerOutputs(&m_data), job->registerInputs(&m_data)}) {
-    if (core::isFailure(result)) {
-      problem = fmt::format("job object '{}' could not register its data: 0x{:08X}", name, core::toCode(result));
-      return CmdResult::Refused;
-    }
+  JobResult registered = job->registerOutputs(&m_data);
+  if (!core::isFailure(registered)) {
+    registered = job->registerInputs(&m_data);
+  }
+  if (core::isFailure(registered)) {
+    problem = fmt::format("job object '{}' could not register its data: 0x{:08X}", name, core::toCode(registered));
+    return CmdResult::JobRegistrationFailed;
   }
   const struct {
     JobList& list;
@@ -73,7 +75,7 @@ CmdResult CmdFrame::addJobObject(core::IObjFactory& factory, const std::string& 
     const JobResult result = job->addJobsToJoblist(&list, type);
     if (core::isFailure(result) && result != JobResult::ListTypeNotServed) {
       problem = fmt::format("job object '{}' could not add its jobs: 0x{:08X}", name, core::toCode(result));
-      return CmdResult::Refused;
+      return CmdResult::JobRegistrationFailed;
     }
   }
   m_jobObjects.push_back(std::move(job));
@@ -98,7 +100,7 @@ std::string CmdFrame::jobString() const {
   return result;
 }
 
-core::job::IJobObject* CmdFrame::findJobObject(const char* name) const {
+core::job::IJobObject* CmdFrame::findJobObject(const char* name) const noexcept {
   for (const auto& job : m_jobObjects) {
     if (name != nullptr && std::string_view(job->getID()) == name) {
       return job.get();

@@ -18,7 +18,6 @@ namespace motion::host {
 
 class MotionObject;
 
-
 /// Created, given its jobs and destroyed by preparation; changes its state in the thread that executes it.
 class CmdFrame : public core::cmd::ICmdFrame, private core::job::IJobHandler {
  public:
@@ -28,9 +27,9 @@ class CmdFrame : public core::cmd::ICmdFrame, private core::job::IJobHandler {
   CmdFrame& operator=(const CmdFrame&) = delete;
   ~CmdFrame() override = default;
 
-  [[nodiscard]] std::uint64_t getCmdID() const override { return m_id; }
-  [[nodiscard]] core::cmd::CmdState getCmdState() const override { return m_state.load(std::memory_order_acquire); }
-  [[nodiscard]] const core::job::IJobHandler& getJobHandler() const override { return *this; }
+  [[nodiscard]] std::uint64_t getCmdID() const noexcept override { return m_id; }
+  [[nodiscard]] core::cmd::CmdState getCmdState() const noexcept override { return m_state.load(std::memory_order_acquire); }
+  [[nodiscard]] const core::job::IJobHandler& getJobHandler() const noexcept override { return *this; }
 
   /// Registers data and creates the job objects and job lists. On failure `problem` says which step refused. [prepare]
   [[nodiscard]] core::cmd::CmdResult build(core::IObjFactory& factory, std::string& problem);
@@ -49,11 +48,11 @@ class CmdFrame : public core::cmd::ICmdFrame, private core::job::IJobHandler {
   [[nodiscard]] const JobList& beforeJobs() const noexcept { return m_before; }
   [[nodiscard]] const JobList& preparedJobs() const noexcept { return m_prepared; }
 
-  JobListResult failure;       ///< written by the cyclic thread before the state becomes FAILED
-  CmdFrame* next = nullptr;    ///< link of the list of retired commands
+  JobListResult failure;     ///< written by the cyclic thread before the state becomes FAILED
+  CmdFrame* next = nullptr;  ///< link of the list of retired commands
 
  private:
-  [[nodiscard]] core::job::IJobObject* findJobObject(const char* name) const override;
+  [[nodiscard]] core::job::IJobObject* findJobObject(const char* name) const noexcept override;
   [[nodiscard]] core::cmd::CmdResult publishCommand(std::string& problem);
   [[nodiscard]] core::cmd::CmdResult addJobObject(core::IObjFactory& factory, const std::string& name, std::string& problem);
 

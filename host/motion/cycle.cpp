@@ -9,9 +9,12 @@ constexpr std::size_t PREFETCH_DISTANCE = 4;
 
 }  // namespace
 
-Cycle::Cycle(std::span<const std::unique_ptr<MotionObject>> objects) { setObjects(objects); }
+Cycle::Cycle(std::span<const std::unique_ptr<MotionObject>> objects) {
+  setObjects(objects);
+}
 
 void Cycle::setObjects(std::span<const std::unique_ptr<MotionObject>> objects) {
+  m_objects.reserve(objects.size());
   m_objects.clear();
   for (const auto& object : objects) {
     m_objects.push_back(object.get());

@@ -15,9 +15,9 @@ namespace motion::host {
 class ICycleObserver {
  public:
   virtual ~ICycleObserver() = default;
-  virtual void beforeObjects(std::uint64_t cycle) noexcept = 0;                          ///< [cyclic & real-time]
+  virtual void beforeObjects(std::uint64_t cycle) noexcept = 0;                            ///< [cyclic & real-time]
   virtual void afterObject(std::uint64_t cycle, const MotionObject& object) noexcept = 0;  ///< [cyclic & real-time]
-  virtual void afterObjects(std::uint64_t cycle) noexcept = 0;                           ///< [cyclic & real-time]
+  virtual void afterObjects(std::uint64_t cycle) noexcept = 0;                             ///< [cyclic & real-time]
 };
 
 class Cycle {
@@ -35,7 +35,7 @@ class Cycle {
 
   /// Set before the first cycle; null for none.
   void setObserver(ICycleObserver* observer) noexcept { m_observer = observer; }
-  /// Takes the objects anew. Before the first cycle.
+  /// Takes the objects anew. Throws std::bad_alloc and then keeps those that it has. Before the first cycle.
   void setObjects(std::span<const std::unique_ptr<MotionObject>> objects);
 
  private:

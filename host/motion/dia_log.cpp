@@ -4,29 +4,39 @@
 #include <cstdarg>
 #include <cstdio>
 
+#include "host/support/guarded.h"
+
 namespace motion::host {
 
+namespace {
+
+const char* orEmpty(const char* text) noexcept {
+  return text != nullptr ? text : "";
+}
+
+}  // namespace
+
 void DiaLog::report(std::uint32_t mainCode, std::uint32_t detailCode, const core::dia::CmdSourceInfo& source,
-                    const core::dia::SourcePosition& position, const char* format, ...) {
+                    const core::dia::SourcePosition& position, const char* format, ...) noexcept {
   std::array<char, 512> text{};
   std::va_list arguments;
   va_start(arguments, format);
   std::vsnprintf(text.data(), text.size(), format, arguments);
   va_end(arguments);
-  try {
+  static_cast<void>(guarded(false, [&] {
+    Diagnosis diagnosis{mainCode,      detailCode,  source, orEmpty(position.file), orEmpty(position.function),
+                        position.line, text.data(), false};
     const std::scoped_lock lock(m_mutex);
     if (m_entries.size() == CAPACITY) {
       m_entries.erase(m_entries.begin());
     }
-    m_entries.push_back(
-        {mainCode, detailCode, source, position.file, position.function, position.line, text.data(), false});
+    m_entries.push_back(std::move(diagnosis));
     ++m_count;
-  } catch (const std::exception&) {
-    // Without memory the diagnosis is lost, but the command that reports it is refused all the same.
-  }
+    return true;
+  }));
 }
 
-void DiaLog::close() {
+void DiaLog::close() noexcept {
   const std::scoped_lock lock(m_mutex);
   if (!m_entries.empty()) {
     m_entries.back().closed = true;

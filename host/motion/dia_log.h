@@ -26,10 +26,11 @@ class DiaLog : public core::dia::IDia {
  public:
   static constexpr std::size_t CAPACITY = 64;
 
+  /// Without memory the diagnosis is lost and nothing else changes. [prepare]
   void report(std::uint32_t mainCode, std::uint32_t detailCode, const core::dia::CmdSourceInfo& source,
-              const core::dia::SourcePosition& position, const char* format, ...) override
+              const core::dia::SourcePosition& position, const char* format, ...) noexcept override
       __attribute__((format(printf, 6, 7)));
-  void close() override;
+  void close() noexcept override;
 
   [[nodiscard]] std::vector<Diagnosis> all() const;
   /// How many were reported since creation.

@@ -1,34 +1,31 @@
 #include "host/motion/job_data_handler.h"
 
-#include <new>
-
 #include "host/motion/section_mgr.h"
+#include "host/support/guarded.h"
 
 namespace motion::host {
 
 using core::job::JobResult;
 
 JobResult JobDataHandler::registerPublish(core::DataID id, core::SectionValue section, const char* /*who*/,
-                                          core::IContainer* data) {
-  if (!SectionMgr::isKnown(section)) {
-    return JobResult::UnknownSection;
-  }
-  if (data == nullptr || data->getID() != id) {
-    return JobResult::InvalidJobData;
-  }
-  if (find(id, section) != nullptr) {
-    return JobResult::DataAlreadyPublished;
-  }
-  try {
+                                          core::IContainer* data) noexcept {
+  return guarded(JobResult::OutOfMemory, JobResult::InvalidJobData, [&] {
+    if (!SectionMgr::isKnown(section)) {
+      return JobResult::UnknownSection;
+    }
+    if (data == nullptr || data->getID() != id) {
+      return JobResult::InvalidJobData;
+    }
+    if (find(id, section) != nullptr) {
+      return JobResult::DataAlreadyPublished;
+    }
     m_entries.push_back({id, section, data});
-  } catch (const std::bad_alloc&) {
-    return JobResult::OutOfMemory;
-  }
-  return JobResult::NoEffect;
+    return JobResult::NoEffect;
+  });
 }
 
 JobResult JobDataHandler::registerRead(core::DataID id, core::SectionValue section, std::uint32_t mode, const char* /*who*/,
-                                       core::IContainer*& out) {
+                                       core::IContainer*& out) noexcept {
   if (!SectionMgr::isKnown(section)) {
     return JobResult::UnknownSection;
   }
@@ -43,7 +40,7 @@ JobResult JobDataHandler::registerRead(core::DataID id, core::SectionValue secti
   return JobResult::NoEffect;
 }
 
-core::IContainer* JobDataHandler::find(core::DataID id, core::SectionValue section) const {
+core::IContainer* JobDataHandler::find(core::DataID id, core::SectionValue section) const noexcept {
   for (const Entry& entry : m_entries) {
     if (entry.id == id && entry.section == section) {
       return entry.data;

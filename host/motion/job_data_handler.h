@@ -13,10 +13,11 @@ class JobDataHandler : public core::job::IJobDataHandler {
   /// `parent` holds the object's data and outlives this handler; null for the object's own.
   explicit JobDataHandler(JobDataHandler* parent = nullptr) : m_parent(parent) {}
 
+  /// OutOfMemory offers nothing. [prepare]
   core::job::JobResult registerPublish(core::DataID id, core::SectionValue section, const char* who,
-                                       core::IContainer* data) override;
+                                       core::IContainer* data) noexcept override;
   core::job::JobResult registerRead(core::DataID id, core::SectionValue section, std::uint32_t mode, const char* who,
-                                    core::IContainer*& out) override;
+                                    core::IContainer*& out) noexcept override;
 
  private:
   struct Entry {
@@ -25,7 +26,7 @@ class JobDataHandler : public core::job::IJobDataHandler {
     core::IContainer* data;
   };
 
-  [[nodiscard]] core::IContainer* find(core::DataID id, core::SectionValue section) const;
+  [[nodiscard]] core::IContainer* find(core::DataID id, core::SectionValue section) const noexcept;
 
   JobDataHandler* m_parent;
   std::vector<Entry> m_entries;

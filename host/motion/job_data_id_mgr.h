@@ -12,9 +12,11 @@ namespace motion::host {
 /// Thread-safe. Names live as long as this object.
 class JobDataIDMgr : public core::job::IJobDataIDMgr {
  public:
-  bool addID(core::DataID id, const char* name) override;
-  [[nodiscard]] const char* getName(core::DataID id) const override;
-  [[nodiscard]] core::DataID getID(const char* name) const override;
+  /// False also without a name or without memory; nothing changes then. [framework]
+  bool addID(core::DataID id, const char* name) noexcept override;
+  [[nodiscard]] const char* getName(core::DataID id) const noexcept override;
+  /// Of several identifiers with the same name the first one. [any]
+  [[nodiscard]] core::DataID getID(const char* name) const noexcept override;
 
  private:
   mutable std::mutex m_mutex;

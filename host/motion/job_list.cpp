@@ -1,28 +1,26 @@
 #include "host/motion/job_list.h"
 
 #include <algorithm>
-#include <new>
 
 #include "host/motion/section_mgr.h"
+#include "host/support/guarded.h"
 
 namespace motion::host {
 
 using core::job::JobResult;
 
-JobResult JobList::addJob(const core::job::Job& job, const char* name, core::SectionValue section) {
-  if (!SectionMgr::isKnown(section)) {
-    return JobResult::UnknownSection;
-  }
-  if (!job) {
-    return JobResult::InvalidObject;
-  }
-  try {
+JobResult JobList::addJob(const core::job::Job& job, const char* name, core::SectionValue section) noexcept {
+  return guarded(JobResult::OutOfMemory, JobResult::InvalidObject, [&] {
+    if (!SectionMgr::isKnown(section)) {
+      return JobResult::UnknownSection;
+    }
+    if (!job) {
+      return JobResult::InvalidObject;
+    }
     const auto place = std::ranges::upper_bound(m_jobs, section, {}, &Entry::section);
     m_jobs.insert(place, Entry{job, name, section});
-  } catch (const std::bad_alloc&) {
-    return JobResult::OutOfMemory;
-  }
-  return JobResult::NoEffect;
+    return JobResult::NoEffect;
+  });
 }
 
 JobListResult JobList::run() const noexcept {

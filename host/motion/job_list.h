@@ -17,7 +17,8 @@ struct JobListResult {
 
 class JobList : public core::job::IJobList {
  public:
-  core::job::JobResult addJob(const core::job::Job& job, const char* name, core::SectionValue section) override;
+  /// OutOfMemory, and InvalidObject for a job that is empty or cannot be copied, add nothing. [prepare]
+  core::job::JobResult addJob(const core::job::Job& job, const char* name, core::SectionValue section) noexcept override;
 
   /// Runs the jobs in stage order, jobs of one stage in the order in which they were added; the first failure ends the run.
   /// A job that throws has failed. [cyclic & real-time | prepare]

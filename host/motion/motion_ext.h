@@ -11,12 +11,12 @@ class MotionExt : public core::IMotionExt {
  public:
   explicit MotionExt(Runtime& runtime) : m_runtime(runtime) {}
 
-  [[nodiscard]] core::IObjMgr* getObjMgr() const override;
-  [[nodiscard]] core::ISectionMgr* getSectionMgr() const override;
-  [[nodiscard]] core::job::IJobDataIDMgr* getJobDataIDMgr() const override;
-  [[nodiscard]] core::IObjFactory* getObjFactory() const override;
-  [[nodiscard]] core::cmd::IGenericCmdFactory* getGenericCmdFactory() const override;
-  [[nodiscard]] core::cmd::IGenericCmdOptionFactory* getGenericCmdOptionFactory() const override;
+  [[nodiscard]] core::IObjMgr* getObjMgr() const noexcept override;
+  [[nodiscard]] core::ISectionMgr* getSectionMgr() const noexcept override;
+  [[nodiscard]] core::job::IJobDataIDMgr* getJobDataIDMgr() const noexcept override;
+  [[nodiscard]] core::IObjFactory* getObjFactory() const noexcept override;
+  [[nodiscard]] core::cmd::IGenericCmdFactory* getGenericCmdFactory() const noexcept override;
+  [[nodiscard]] core::cmd::IGenericCmdOptionFactory* getGenericCmdOptionFactory() const noexcept override;
 
  private:
   Runtime& m_runtime;

@@ -1,6 +1,7 @@
 #include "host/motion/motion_object.h"
 
 #include <algorithm>
+#include <new>
 
 #include "host/motion/section_mgr.h"
 #include "host/motion/unit_helper.h"
@@ -13,7 +14,9 @@ using core::job::JobResult;
 namespace {
 
 /// Commands whose state can be asked for: all that wait, the current one, and some that have ended.
-std::size_t slotCount(std::uint32_t bufferSize) { return std::size_t{bufferSize} + 16; }
+std::size_t slotCount(std::uint32_t bufferSize) {
+  return std::size_t{bufferSize} + 16;
+}
 
 EventKind endEvent(CmdState state) {
   switch (state) {
@@ -40,11 +43,17 @@ MotionObject::MotionObject(ObjectConfig config, RetiredCmds& retired)
       m_pose(core::KinPoseT{m_config.start[0], m_config.start[1], m_config.start[2], 0.0, 0.0, 0.0}),
       m_slotCount(slotCount(m_config.bufferSize)),
       m_slots(std::make_unique<StateSlot[]>(m_slotCount)) {
-  m_data.registerPublish(core::IObjPtr::getMyID(), SectionMgr::OBJ_DATA, "host", &m_objPtr);
+  publish(SectionMgr::OBJ_DATA, m_objPtr);
   if (isAxis()) {
-    m_data.registerPublish(AxisSetpoint::getMyID(), SectionMgr::OBJ_DATA, "host", &m_setpoint);
+    publish(SectionMgr::OBJ_DATA, m_setpoint);
   } else {
-    m_data.registerPublish(core::KinPose::getMyID(), SectionMgr::GEOMETRY_TOOL_OFFSET, "host", &m_pose);
+    publish(SectionMgr::GEOMETRY_TOOL_OFFSET, m_pose);
+  }
+}
+
+void MotionObject::publish(core::SectionValue section, core::IContainer& data) {
+  if (core::isFailure(m_data.registerPublish(data.getID(), section, "host", &data))) {
+    throw std::bad_alloc();  // a new object's data is refused for no other reason
   }
 }
 
@@ -160,7 +169,9 @@ void MotionObject::publishMotion() noexcept {
   }
 }
 
-void MotionObject::abortAll() noexcept { raiseAbortUpTo(m_lastIssued.load(std::memory_order_acquire)); }
+void MotionObject::abortAll() noexcept {
+  raiseAbortUpTo(m_lastIssued.load(std::memory_order_acquire));
+}
 
 void MotionObject::raiseAbortUpTo(std::uint64_t cmdID) noexcept {
   std::uint64_t known = m_abortUpTo.load(std::memory_order_relaxed);
@@ -203,7 +214,7 @@ void MotionObject::noteCmdState(std::uint64_t cmdID, CmdState state) noexcept {
   }
 }
 
-CmdState MotionObject::getCmdState(std::uint64_t cmdID) const {
+CmdState MotionObject::getCmdState(std::uint64_t cmdID) const noexcept {
   for (std::size_t i = 0; cmdID != 0 && i < m_slotCount; ++i) {
     const StateSlot& slot = m_slots[i];
     if (slot.cmdID.load(std::memory_order_acquire) == cmdID) {

@@ -32,21 +32,28 @@ struct ObjectConfig {
 /// Preparation puts commands in; the cycle takes them out one after the other and runs their jobs.
 class MotionObject : public core::IObj {
  public:
+  /// Throws std::bad_alloc. [framework]
   MotionObject(ObjectConfig config, RetiredCmds& retired);
   MotionObject(const MotionObject&) = delete;
   MotionObject& operator=(const MotionObject&) = delete;
   ~MotionObject() override = default;
 
-  [[nodiscard]] bool isAxis() const override { return m_config.type == core::ObjectType::AXIS; }
-  [[nodiscard]] bool isEncoder() const override { return false; }
-  [[nodiscard]] bool isKinematics() const override { return m_config.type == core::ObjectType::KINEMATICS; }
-  [[nodiscard]] std::uint64_t getLatestPreparedCmdID() const override { return m_latestPrepared.load(std::memory_order_acquire); }
-  [[nodiscard]] std::uint64_t getCurrentCmdID() const override { return m_currentID.load(std::memory_order_acquire); }
-  [[nodiscard]] std::uint64_t getCycleCount() const override { return m_cycleCount.load(std::memory_order_relaxed); }
-  [[nodiscard]] core::cmd::CmdState getCmdState(std::uint64_t cmdID) const override;
-  [[nodiscard]] double getCycleTime() const override { return m_config.cycleTime; }
-  [[nodiscard]] const core::UnitSettings& getUnitSettings() const override { return m_units; }
-  [[nodiscard]] core::dia::IDia& getDia() override { return m_dia; }
+  [[nodiscard]] bool isAxis() const noexcept override { return m_config.type == core::ObjectType::AXIS; }
+  [[nodiscard]] bool isEncoder() const noexcept override { return false; }
+  [[nodiscard]] bool isKinematics() const noexcept override { return m_config.type == core::ObjectType::KINEMATICS; }
+  [[nodiscard]] std::uint64_t getLatestPreparedCmdID() const noexcept override {
+    return m_latestPrepared.load(std::memory_order_acquire);
+  }
+  [[nodiscard]] std::uint64_t getCurrentCmdID() const noexcept override {
+    return m_currentID.load(std::memory_order_acquire);
+  }
+  [[nodiscard]] std::uint64_t getCycleCount() const noexcept override {
+    return m_cycleCount.load(std::memory_order_relaxed);
+  }
+  [[nodiscard]] core::cmd::CmdState getCmdState(std::uint64_t cmdID) const noexcept override;
+  [[nodiscard]] double getCycleTime() const noexcept override { return m_config.cycleTime; }
+  [[nodiscard]] const core::UnitSettings& getUnitSettings() const noexcept override { return m_units; }
+  [[nodiscard]] core::dia::IDia& getDia() noexcept override { return m_dia; }
 
   /// One turn: take the next command if there is none, run its jobs, end it if they say so. [cyclic & real-time]
   void runCycle(std::uint64_t cycle) noexcept;
@@ -61,7 +68,9 @@ class MotionObject : public core::IObj {
   /// Hands a prepared command to the cycle. [prepare]
   void putPrepared(CmdFrame* frame) noexcept;
   /// True for a command that an abort has caught before it reached the cycle. [prepare | cyclic & real-time]
-  [[nodiscard]] bool isAborted(std::uint64_t cmdID) const noexcept { return cmdID <= m_abortUpTo.load(std::memory_order_acquire); }
+  [[nodiscard]] bool isAborted(std::uint64_t cmdID) const noexcept {
+    return cmdID <= m_abortUpTo.load(std::memory_order_acquire);
+  }
   /// Aborts the current command and everything issued so far; the cycle carries it out in its next turn. [any]
   void abortAll() noexcept;
   /// Keeps the state of a command for queries. [prepare | cyclic & real-time]
@@ -80,10 +89,13 @@ class MotionObject : public core::IObj {
 
   /// Where events go; null for none. Set before the first cycle.
   void setEvents(EventRing* events) noexcept { m_events = events; }
-  /// Forgets everything that waits in the buffer and the current command; they become aborted and retired. Not while cycles run.
+  /// Forgets everything that waits in the buffer and the current command; they become aborted and retired. Not while cycles
+  /// run.
   void clear() noexcept;
 
  private:
+  /// Offers a record of the object to the jobs of its commands.
+  void publish(core::SectionValue section, core::IContainer& data);
   void takeNext() noexcept;
   void activate(CmdFrame* frame) noexcept;
   void runCurrent() noexcept;

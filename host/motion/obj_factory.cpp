@@ -1,7 +1,6 @@
 #include "host/motion/obj_factory.h"
 
-#include <new>
-
+#include "host/support/guarded.h"
 #include "motion/core/job/job_object_base.h"
 
 namespace motion::host {
@@ -9,36 +8,31 @@ namespace motion::host {
 using core::CreatableType;
 using core::ObjFactoryResult;
 
-ObjFactoryResult ObjFactory::registerObj(std::unique_ptr<core::IAmCreatable>& prototype, std::uint32_t /*flags*/) {
-  if (prototype == nullptr || prototype->getID() == nullptr) {
-    return ObjFactoryResult::InvalidArgument;
-  }
-  const std::scoped_lock lock(m_mutex);
-  try {
+ObjFactoryResult ObjFactory::registerObj(std::unique_ptr<core::IAmCreatable>& prototype, std::uint32_t /*flags*/) noexcept {
+  return guarded(ObjFactoryResult::CreationFailed, [&prototype, this] {
+    if (prototype == nullptr || prototype->getID() == nullptr) {
+      return ObjFactoryResult::InvalidArgument;
+    }
+    const std::scoped_lock lock(m_mutex);
     const auto [place, isNew] = m_prototypes.try_emplace(prototype->getID());
     if (!isNew) {
       return ObjFactoryResult::AlreadyKnown;
     }
     place->second = std::move(prototype);
-  } catch (const std::bad_alloc&) {
-    return ObjFactoryResult::CreationFailed;
-  }
-  return ObjFactoryResult::Okay;
+    return ObjFactoryResult::Okay;
+  });
 }
 
-ObjFactoryResult ObjFactory::createObj(const char* name, std::uint32_t /*flags*/, core::job::IJobObject*& out) {
+ObjFactoryResult ObjFactory::createObj(const char* name, std::uint32_t /*flags*/, core::job::IJobObject*& out) noexcept {
   out = nullptr;
   const std::scoped_lock lock(m_mutex);
   const auto found = name != nullptr ? m_prototypes.find(name) : m_prototypes.end();
   if (found == m_prototypes.end() || found->second->getType() != static_cast<std::uint32_t>(CreatableType::JOB)) {
     return ObjFactoryResult::UnknownObject;
   }
-  core::IAmCreatable* clone = nullptr;
-  try {
-    clone = found->second->createNew();
-  } catch (...) {
-    // A prototype has no right to throw across the contract; it made nothing.
-  }
+  // A prototype has no right to throw across the contract; it made nothing then.
+  core::IAmCreatable* const clone =
+      guarded<core::IAmCreatable*>(nullptr, [&prototype = *found->second] { return prototype.createNew(); });
   if (clone == nullptr) {
     return ObjFactoryResult::CreationFailed;
   }
@@ -46,7 +40,7 @@ ObjFactoryResult ObjFactory::createObj(const char* name, std::uint32_t /*flags*/
   return ObjFactoryResult::Okay;
 }
 
-ObjFactoryResult ObjFactory::unregisterObj(const char* name, std::uint32_t /*flags*/) {
+ObjFactoryResult ObjFactory::unregisterObj(const char* name, std::uint32_t /*flags*/) noexcept {
   const std::scoped_lock lock(m_mutex);
   const auto found = name != nullptr ? m_prototypes.find(name) : m_prototypes.end();
   if (found == m_prototypes.end()) {
@@ -56,7 +50,7 @@ ObjFactoryResult ObjFactory::unregisterObj(const char* name, std::uint32_t /*fla
   return ObjFactoryResult::Okay;
 }
 
-core::IAmCreatable* ObjFactory::getHelper(const char* name) {
+core::IAmCreatable* ObjFactory::getHelper(const char* name) noexcept {
   const std::scoped_lock lock(m_mutex);
   const auto found = name != nullptr ? m_prototypes.find(name) : m_prototypes.end();
   const bool isHelper =

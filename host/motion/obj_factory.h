@@ -14,10 +14,12 @@ namespace motion::host {
 /// Keeps prototypes by name and clones them. Thread-safe.
 class ObjFactory : public core::IObjFactory {
  public:
-  core::ObjFactoryResult registerObj(std::unique_ptr<core::IAmCreatable>& prototype, std::uint32_t flags) override;
-  core::ObjFactoryResult createObj(const char* name, std::uint32_t flags, core::job::IJobObject*& out) override;
-  core::ObjFactoryResult unregisterObj(const char* name, std::uint32_t flags) override;
-  [[nodiscard]] core::IAmCreatable* getHelper(const char* name) override;
+  /// CreationFailed without memory; the prototype stays with the caller then. [framework]
+  core::ObjFactoryResult registerObj(std::unique_ptr<core::IAmCreatable>& prototype, std::uint32_t flags) noexcept override;
+  /// CreationFailed when the prototype made nothing, for want of memory or another reason. [prepare]
+  core::ObjFactoryResult createObj(const char* name, std::uint32_t flags, core::job::IJobObject*& out) noexcept override;
+  core::ObjFactoryResult unregisterObj(const char* name, std::uint32_t flags) noexcept override;
+  [[nodiscard]] core::IAmCreatable* getHelper(const char* name) noexcept override;
 
   [[nodiscard]] std::size_t size() const;  ///< [any]
 

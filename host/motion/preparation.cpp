@@ -3,6 +3,11 @@
 #include <fmt/format.h>
 
 #include <chrono>
+#include <exception>
+#include <new>
+#include <string_view>
+
+#include "host/support/guarded.h"
 
 namespace motion::host {
 
@@ -12,8 +17,8 @@ using core::cmd::CmdState;
 
 namespace {
 
-/// How long the thread sleeps at most when nobody wakes it. Commands that end in the cycle do not wake it, because waking would be
-/// a system call on the cyclic thread.
+/// How long the thread sleeps at most when nobody wakes it. Commands that end in the cycle do not wake it, because waking
+/// would be a system call on the cyclic thread.
 constexpr std::chrono::milliseconds TAKE_BACK_INTERVAL{2};
 
 FctResult toFctResult(CmdResult result) {
@@ -31,28 +36,31 @@ FctResult toFctResult(CmdResult result) {
   }
 }
 
-std::string withDiagnosis(const std::string& text, MotionObject& object, std::uint64_t diagnosesBefore) {
-  return object.diaLog().count() > diagnosesBefore ? fmt::format("{}: {}", text, object.diaLog().latestText()) : text;
+std::string withDiagnosis(const std::string& text, const DiaLog& dia, std::uint64_t diagnosesBefore) {
+  return dia.count() > diagnosesBefore ? fmt::format("{}: {}", text, dia.latestText()) : text;
 }
 
-/// Runs `make`, which calls operations of a command; whatever they throw becomes a result with a text.
+/// Runs `make`, which calls operations of a command; whatever they throw becomes a result with a text, or without one when
+/// there is no memory even for that.
 template <typename MAKE>
-FctResult guarded(const MotionObject& object, const std::string& cmdName, std::string& problem, MAKE make) noexcept {
-  try {
+FctResult explained(const MotionObject& object, const std::string& cmdName, std::string& problem,
+                    const MAKE& make) noexcept {
+  problem.clear();
+  const auto failed = [&](FctResult result, std::string_view why) {
+    problem = fmt::format("'{}' of '{}' could not be made: {}", cmdName, object.name(), why);
+    return result;
+  };
+  return guarded(FctResult::OutOfMemory, [&] {
     try {
       return make();
     } catch (const std::bad_alloc&) {
-      problem = fmt::format("'{}' of '{}' could not be made: no memory", cmdName, object.name());
-      return FctResult::OutOfMemory;
+      return failed(FctResult::OutOfMemory, "no memory");
     } catch (const std::exception& error) {
-      problem = fmt::format("'{}' of '{}' could not be made: {}", cmdName, object.name(), error.what());
+      return failed(FctResult::PreparationError, error.what());
     } catch (...) {
-      problem = fmt::format("'{}' of '{}' could not be made: an unknown exception", cmdName, object.name());
+      return failed(FctResult::PreparationError, "an unknown exception");
     }
-    return FctResult::PreparationError;
-  } catch (...) {
-    return FctResult::OutOfMemory;  // not even the text could be made
-  }
+  });
 }
 
 }  // namespace
@@ -67,19 +75,21 @@ Preparation::~Preparation() {
 }
 
 Preparation::Frame Preparation::create(MotionObject& object, const std::string& cmdName, const core::IContainer& values,
-                                       const core::dia::CmdSourceInfo& source, FctResult& result, std::string& problem) {
+                                       const core::dia::CmdSourceInfo& source, DiaLog& dia, FctResult& result,
+                                       std::string& problem) {
   const auto entry = m_cmdFactory.find({object.type(), cmdName});
   if (entry == nullptr) {
     result = FctResult::NotSupportedByObject;
-    problem = fmt::format("'{}' is not a command of {} '{}'", cmdName, object.isAxis() ? "axis" : "kinematics", object.name());
+    problem =
+        fmt::format("'{}' is not a command of {} '{}'", cmdName, object.isAxis() ? "axis" : "kinematics", object.name());
     return nullptr;
   }
-  const std::uint64_t diagnoses = object.diaLog().count();
+  const std::uint64_t diagnoses = dia.count();
   const auto refuse = [&](CmdResult cmdResult, const std::string& text) -> Frame {
     result = toFctResult(cmdResult);
     problem = withDiagnosis(fmt::format("'{}' of '{}' was refused (0x{:08X}){}", cmdName, object.name(),
                                         core::toCode(cmdResult), text.empty() ? "" : ": " + text),
-                            object, diagnoses);
+                            dia, diagnoses);
     return nullptr;
   };
 
@@ -91,7 +101,7 @@ Preparation::Frame Preparation::create(MotionObject& object, const std::string& 
   if (const auto set = cmd->onSetCmdValues(&values, source, &object, false); core::isFailure(set)) {
     return refuse(set, "its parameters were not accepted");
   }
-  if (const auto valid = cmd->onValidate(source, &object.diaLog()); core::isFailure(valid)) {
+  if (const auto valid = cmd->onValidate(source, &dia); core::isFailure(valid)) {
     return refuse(valid, "its parameters are not valid");
   }
   auto frame = std::make_unique<CmdFrame>(m_nextID, object, cmdName, source, std::move(cmd), object.data());
@@ -103,17 +113,19 @@ Preparation::Frame Preparation::create(MotionObject& object, const std::string& 
 }
 
 FctResult Preparation::add(MotionObject& object, const std::string& cmdName, const core::IContainer& values,
-                           const core::dia::CmdSourceInfo& source, unsigned long& cmdId, std::string& problem) {
+                           const core::dia::CmdSourceInfo& source, unsigned long& cmdId, std::string& problem) noexcept {
   {
     const std::scoped_lock lock(m_mutex);
     if (!object.reserveBuffer()) {
-      problem = fmt::format("the command buffer of '{}' is full ({} commands)", object.name(), object.bufferSize());
-      return FctResult::TooManyCommands;
+      return explained(object, cmdName, problem, [&] {
+        problem = fmt::format("the command buffer of '{}' is full ({} commands)", object.name(), object.bufferSize());
+        return FctResult::TooManyCommands;
+      });
     }
     Frame made;
-    const FctResult result = guarded(object, cmdName, problem, [&] {
+    const FctResult result = explained(object, cmdName, problem, [&] {
       FctResult creation = FctResult::NotOkay;
-      made = create(object, cmdName, values, source, creation, problem);
+      made = create(object, cmdName, values, source, object.diaLog(), creation, problem);
       if (made != nullptr) {
         m_waiting.push_back(nullptr);  // whatever may throw comes before anything is noted
       }
@@ -138,11 +150,12 @@ FctResult Preparation::add(MotionObject& object, const std::string& cmdName, con
 }
 
 FctResult Preparation::tryOut(MotionObject& object, const std::string& cmdName, const core::IContainer& values,
-                              const core::dia::CmdSourceInfo& source, std::string& problem) {
+                              const core::dia::CmdSourceInfo& source, std::string& problem) noexcept {
   const std::scoped_lock lock(m_mutex);
-  return guarded(object, cmdName, problem, [&] {
+  return explained(object, cmdName, problem, [&] {
     FctResult result = FctResult::NotOkay;
-    const Frame frame = create(object, cmdName, values, source, result, problem);
+    DiaLog dia;  // the object's own log is for commands that somebody wants to run
+    const Frame frame = create(object, cmdName, values, source, dia, result, problem);
     return result;
   });
 }

@@ -17,36 +17,38 @@
 
 namespace motion::host {
 
-
 /// What becomes of a command outside the cycle, for observers.
 class ICmdListener {
  public:
   virtual ~ICmdListener() = default;
   /// A command was taken into a buffer. [prepare]
-  virtual void onBuffered(const CmdFrame& frame, std::uint64_t cycle) = 0;
+  virtual void onBuffered(const CmdFrame& frame, std::uint64_t cycle) noexcept = 0;
   /// Its "command prepared" jobs have run. [prepare]
-  virtual void onPrepared(const CmdFrame& frame, std::uint64_t cycle) = 0;
+  virtual void onPrepared(const CmdFrame& frame, std::uint64_t cycle) noexcept = 0;
   /// It never reached the cycle. [prepare]
-  virtual void onDropped(const CmdFrame& frame, std::uint64_t cycle) = 0;
+  virtual void onDropped(const CmdFrame& frame, std::uint64_t cycle) noexcept = 0;
   /// It has ended and is about to be destroyed; its state says how. [prepare]
-  virtual void onRetired(const CmdFrame& frame) = 0;
+  virtual void onRetired(const CmdFrame& frame) noexcept = 0;
 };
 
-/// Creating and preparing share one lock, so that commands are prepared in the order in which they were issued. Without a thread
-/// of its own (virtual time), prepareAll does the thread's work when it is called.
+/// Creating and preparing share one lock, so that commands are prepared in the order in which they were issued. Without a
+/// thread of its own (virtual time), prepareAll does the thread's work when it is called.
 class Preparation {
  public:
-  Preparation(ObjFactory& objFactory, GenericCmdFactory& cmdFactory, RetiredCmds& retired, const std::atomic<std::uint64_t>& cycle);
+  Preparation(ObjFactory& objFactory, GenericCmdFactory& cmdFactory, RetiredCmds& retired,
+              const std::atomic<std::uint64_t>& cycle);
   Preparation(const Preparation&) = delete;
   Preparation& operator=(const Preparation&) = delete;
   ~Preparation();
 
-  /// Creates a command, checks it, and appends it to the object's buffer. [any, not real-time]
+  /// Creates a command, checks it, and appends it to the object's buffer. Whatever its operations throw becomes a result:
+  /// OutOfMemory or PreparationError. [any, not real-time]
   [[nodiscard]] core::FctResult add(MotionObject& object, const std::string& cmdName, const core::IContainer& values,
-                                    const core::dia::CmdSourceInfo& source, unsigned long& cmdId, std::string& problem);
-  /// Creates and checks a command as add would, and throws it away. [any, not real-time]
+                                    const core::dia::CmdSourceInfo& source, unsigned long& cmdId,
+                                    std::string& problem) noexcept;
+  /// Creates and checks a command as add would, and throws it away. Its diagnoses reach `problem` only. [any, not real-time]
   [[nodiscard]] core::FctResult tryOut(MotionObject& object, const std::string& cmdName, const core::IContainer& values,
-                                       const core::dia::CmdSourceInfo& source, std::string& problem);
+                                       const core::dia::CmdSourceInfo& source, std::string& problem) noexcept;
 
   /// Prepares what waits, and destroys what has ended. [prepare]
   void prepareAll();
@@ -64,7 +66,8 @@ class Preparation {
   using Frame = std::unique_ptr<CmdFrame>;
 
   [[nodiscard]] Frame create(MotionObject& object, const std::string& cmdName, const core::IContainer& values,
-                             const core::dia::CmdSourceInfo& source, core::FctResult& result, std::string& problem);
+                             const core::dia::CmdSourceInfo& source, DiaLog& dia, core::FctResult& result,
+                             std::string& problem);
   void prepare(Frame frame);
   void drop(Frame frame);
   /// What is buffered behind a command that failed; what is ahead of it goes on.

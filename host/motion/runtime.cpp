@@ -2,13 +2,17 @@
 
 #include <fmt/format.h>
 
+#include <new>
+
 #include "host/motion/builtin/builtin_cmds.h"
 #include "host/motion/motion_ext.h"
 #include "host/motion/unit_helper.h"
+#include "host/support/guarded.h"
 
 namespace motion::host {
 
 using core::FctResult;
+using core::cmd::CmdResult;
 
 Runtime::Runtime(const RuntimeConfig& config)
     : m_config(config),
@@ -18,7 +22,9 @@ Runtime::Runtime(const RuntimeConfig& config)
       m_preparation(m_objFactory, m_cmdFactory, m_retired, m_cycle.begunCounter()) {
   fillRecords();
   std::unique_ptr<core::IAmCreatable> unitHelper = std::make_unique<UnitHelper>();
-  m_objFactory.registerObj(unitHelper, 0);
+  if (core::isFailure(m_objFactory.registerObj(unitHelper, 0))) {
+    throw std::bad_alloc();  // a new factory refuses for no other reason
+  }
   builtin::registerCmds(m_cmdFactory, m_objFactory, m_jobDataIDMgr);
 }
 
@@ -34,25 +40,21 @@ MotionObject* Runtime::addObject(const std::string& name, core::ObjectType type,
 }
 
 FctResult Runtime::addCmd(const core::dia::CmdSourceInfo& source, const char* objName, const std::string& cmdType,
-                          const core::IContainer& values, std::uint32_t count, unsigned long* cmdId) {
+                          const core::IContainer& values, std::uint32_t count, unsigned long* cmdId) noexcept {
   if (cmdId == nullptr || count != 1) {
     return FctResult::InvalidParameter;
   }
-  try {
-    MotionObject* object = m_objMgr.find(objName);
-    if (object == nullptr) {
-      return FctResult::ObjectNotFound;
-    }
-    std::string problem;
-    return m_preparation.add(*object, cmdType, values, source, *cmdId, problem);
-  } catch (const std::bad_alloc&) {
-    return FctResult::OutOfMemory;
+  MotionObject* object = m_objMgr.find(objName);
+  if (object == nullptr) {
+    return FctResult::ObjectNotFound;
   }
+  std::string problem;
+  return m_preparation.add(*object, cmdType, values, source, *cmdId, problem);
 }
 
 FctResult Runtime::addCmdOption(const core::dia::CmdSourceInfo& /*source*/, const char* objName,
                                 const std::string& /*cmdType*/, core::cmd::CmdOptPermType /*permType*/,
-                                core::IContainer& /*values*/) {
+                                core::IContainer& /*values*/) noexcept {
   // No object of this runtime takes options yet.
   return m_objMgr.find(objName) == nullptr ? FctResult::ObjectNotFound : FctResult::OptionNotSupported;
 }
@@ -67,16 +69,16 @@ Runtime::Parameters Runtime::marshal(MotionObject& object, const std::string& cm
   }
   core::IContainer* container = nullptr;
   bool owned = false;
-  auto marshalled = core::cmd::CmdResult::InvalidParameterData;
-  try {
-    marshalled = entry->marshal(&parameters, container, owned);
-  } catch (...) {
-    // A component has no right to throw across the contract; what it was given counts as undecodable.
-    container = nullptr;
-  }
+  // A component has no right to throw across the contract; what it was given counts as undecodable.
+  const auto marshalled = guarded(CmdResult::OutOfMemory, CmdResult::InvalidParameterData, [&] {
+    core::IContainer* made = nullptr;
+    const CmdResult marshalResult = entry->marshal(&parameters, made, owned);
+    container = made;
+    return marshalResult;
+  });
   Parameters values(container, {owned});
   if (core::isFailure(marshalled) || values == nullptr) {
-    result = FctResult::InvalidParameter;
+    result = marshalled == CmdResult::OutOfMemory ? FctResult::OutOfMemory : FctResult::InvalidParameter;
     problem = fmt::format("the parameters of '{}' of '{}' could not be decoded (0x{:08X})", cmdName, object.name(),
                           core::toCode(marshalled));
     return nullptr;
@@ -134,9 +136,13 @@ void Runtime::stopCommands() {
 
 namespace {
 
-Runtime& runtimeOf(void* context) { return *static_cast<Runtime*>(context); }
+// A component calls these: nothing may throw.
 
-FctResult abortCmds(void* context, const char* objName) {
+Runtime& runtimeOf(void* context) noexcept {
+  return *static_cast<Runtime*>(context);
+}
+
+FctResult abortCmds(void* context, const char* objName) noexcept {
   MotionObject* object = runtimeOf(context).objMgr().find(objName);
   if (object == nullptr) {
     return FctResult::ObjectNotFound;
@@ -145,28 +151,33 @@ FctResult abortCmds(void* context, const char* objName) {
   return FctResult::Okay;
 }
 
-FctResult getCycleTime(void* context, double& seconds) {
+FctResult getCycleTime(void* context, double& seconds) noexcept {
   seconds = runtimeOf(context).cycleTime();
   return FctResult::Okay;
 }
 
-std::uint32_t getObjCount(void* context) { return runtimeOf(context).objMgr().getObjCount(); }
+std::uint32_t getObjCount(void* context) noexcept {
+  return runtimeOf(context).objMgr().getObjCount();
+}
 
-FctResult abortCmd(core::cmd::ICmdContext* context, const core::dia::CmdSourceInfo& /*source*/, const char* objName) {
+FctResult abortCmd(core::cmd::ICmdContext* context, const core::dia::CmdSourceInfo& /*source*/,
+                   const char* objName) noexcept {
   return context == nullptr ? FctResult::NotAvailable : abortCmds(static_cast<Runtime*>(context), objName);
 }
 
 FctResult dwellCmd(core::cmd::ICmdContext* context, const core::dia::CmdSourceInfo& source, const char* objName,
-                   double duration, unsigned long& cmdId) {
+                   double duration, unsigned long& cmdId) noexcept {
   if (context == nullptr) {
     return FctResult::NotAvailable;
   }
-  const builtin::DwellPars values(builtin::DwellParsT{duration});
-  return context->addCmd(source, objName, "Dwell", values, 1, &cmdId);
+  return guarded(FctResult::OutOfMemory, FctResult::NotOkay, [&] {
+    const builtin::DwellPars values(builtin::DwellParsT{duration});
+    return context->addCmd(source, objName, "Dwell", values, 1, &cmdId);
+  });
 }
 
 template <double (MotionObject::*QUERY)() const noexcept>
-FctResult getAxisValue(void* context, const char* objName, double& value) {
+FctResult getAxisValue(void* context, const char* objName, double& value) noexcept {
   const MotionObject* object = runtimeOf(context).objMgr().find(objName);
   if (object == nullptr) {
     return FctResult::ObjectNotFound;
@@ -178,19 +189,19 @@ FctResult getAxisValue(void* context, const char* objName, double& value) {
   return FctResult::Okay;
 }
 
-FctResult createExtIfObj(void* context, const core::ComponentVersionAdd* version, core::IMotionExt** ext) {
+FctResult createExtIfObj(void* context, const core::ComponentVersionAdd* version, core::IMotionExt** ext) noexcept {
   if (version == nullptr || ext == nullptr) {
     return FctResult::InvalidParameter;
   }
-  try {
+  return guarded(FctResult::OutOfMemory, [&] {
     *ext = new MotionExt(runtimeOf(context));
-  } catch (const std::bad_alloc&) {
-    return FctResult::OutOfMemory;
-  }
-  return FctResult::Okay;
+    return FctResult::Okay;
+  });
 }
 
-std::uint32_t getInterfaceVersion(void* /*context*/) { return 1; }
+std::uint32_t getInterfaceVersion(void* /*context*/) noexcept {
+  return 1;
+}
 
 }  // namespace
 

@@ -50,14 +50,15 @@ class Runtime : public core::cmd::ICmdContext {
   Runtime& operator=(const Runtime&) = delete;
   ~Runtime() override;
 
-  /// Adds an object; null when the name is taken. Before the first cycle. [framework]
+  /// Adds an object; null when the name is taken. Throws std::bad_alloc. Before the first cycle. [framework]
   MotionObject* addObject(const std::string& name, core::ObjectType type, const std::array<double, 3>& start);
 
   core::FctResult addCmd(const core::dia::CmdSourceInfo& source, const char* objName, const std::string& cmdType,
-                         const core::IContainer& values, std::uint32_t count, unsigned long* cmdId) override;
+                         const core::IContainer& values, std::uint32_t count, unsigned long* cmdId) noexcept override;
   core::FctResult addCmdOption(const core::dia::CmdSourceInfo& source, const char* objName, const std::string& cmdType,
-                               core::cmd::CmdOptPermType permType, core::IContainer& values) override;
-  /// As addCmd, with the parameters as FlatBuffers value; `problem` says in words why a command was refused. [any, not real-time]
+                               core::cmd::CmdOptPermType permType, core::IContainer& values) noexcept override;
+  /// As addCmd, with the parameters as FlatBuffers value; `problem` says in words why a command was refused. [any, not
+  /// real-time]
   core::FctResult issue(MotionObject& object, const std::string& cmdName, const comm::datalayer::Variant& parameters,
                         const core::dia::CmdSourceInfo& source, unsigned long& cmdId, std::string& problem);
   /// Creates and checks the command without buffering it. [any, not real-time]
@@ -97,8 +98,9 @@ class Runtime : public core::cmd::ICmdContext {
   };
   using Parameters = std::unique_ptr<core::IContainer, ParametersDeleter>;
 
-  [[nodiscard]] Parameters marshal(MotionObject& object, const std::string& cmdName, const comm::datalayer::Variant& parameters,
-                                   core::FctResult& result, std::string& problem);
+  [[nodiscard]] Parameters marshal(MotionObject& object, const std::string& cmdName,
+                                   const comm::datalayer::Variant& parameters, core::FctResult& result,
+                                   std::string& problem);
   void fillRecords();
   void runCyclicThread(IPacer& pacer, const std::function<void(const std::string&)>& onStarted) noexcept;
 

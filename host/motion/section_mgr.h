@@ -18,7 +18,7 @@ class SectionMgr : public core::ISectionMgr {
   static constexpr core::SectionValue GEOMETRY_TOOL_OFFSET = 5;
   static constexpr core::SectionValue EXEC_FINAL = 6;
 
-  [[nodiscard]] void* getSection(const char* name) override;
+  [[nodiscard]] void* getSection(const char* name) noexcept override;
   /// True for a value that one of the sections has.
   [[nodiscard]] static bool isKnown(core::SectionValue value) noexcept { return value < COUNT; }
 

@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 
 #include "host/motion/events.h"
+#include "host/observe/wait_json.h"
 
 namespace motion::host::observe {
 
@@ -31,7 +32,9 @@ const char* stateName(CmdState state) {
   return "";
 }
 
-Json cycleOrNull(std::uint64_t cycle) { return cycle != 0 ? Json(cycle) : Json(nullptr); }
+Json cycleOrNull(std::uint64_t cycle) {
+  return cycle != 0 ? Json(cycle) : Json(nullptr);
+}
 
 Json author(const RunRecord& record, std::uint32_t object, std::size_t number) {
   return object == OUTSIDE ? Json("outside") : Json(commandText(record, object, number));
@@ -89,6 +92,8 @@ std::string jsonReport(const RunRecord& record) {
             {"lostEvents", record.lostEvents},
             {"objects", Json::array()},
             {"signals", Json::array()},
+            {"joins", joinsJson(record)},
+            {"waits", waitsJson(record)},
             {"expectations", Json::array()},
             {"messages", record.messages}};
   for (const ObjectRecord& object : record.objects) {

@@ -7,8 +7,8 @@
 
 namespace motion::host::observe {
 
-/// The whole record as one JSON object, indented by two. Times are in seconds, positions in millimetres; a cycle that never came
-/// is null.
+/// The whole record as one JSON object, indented by two. Times are in seconds, positions in millimetres; a cycle that never
+/// came is null.
 [[nodiscard]] std::string jsonReport(const RunRecord& record);
 
 }  // namespace motion::host::observe

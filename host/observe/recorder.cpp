@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include "host/support/guarded.h"
+
 namespace motion::host::observe {
 
 using core::cmd::CmdState;
@@ -24,7 +26,9 @@ void Recorder::attach(std::span<const std::unique_ptr<MotionObject>> objects) {
   m_lastActive.resize(objects.size());
 }
 
-void Recorder::setProbes(std::vector<Probe> probes) { m_probes = std::move(probes); }
+void Recorder::setProbes(std::vector<Probe> probes) {
+  m_probes = std::move(probes);
+}
 
 void Recorder::setProgram(std::uint32_t object, std::vector<CmdDescription> program) {
   auto& commands = m_record.objects.at(object).commands;
@@ -38,11 +42,14 @@ void Recorder::setProgram(std::uint32_t object, std::vector<CmdDescription> prog
     command.waits = description.waits;
     command.waitsFor = std::move(description.waitsFor);
     command.signal = description.signal;
+    command.sync = std::move(description.sync);
     commands.push_back(std::move(command));
   }
 }
 
-void Recorder::beforeObjects(std::uint64_t cycle) noexcept { m_watch.look(m_events, cycle, OUTSIDE); }
+void Recorder::beforeObjects(std::uint64_t cycle) noexcept {
+  m_watch.look(m_events, cycle, OUTSIDE);
+}
 
 void Recorder::afterObject(std::uint64_t cycle, const MotionObject& object) noexcept {
   m_watch.look(m_events, cycle, object.index());
@@ -60,23 +67,33 @@ void Recorder::afterObjects(std::uint64_t cycle) noexcept {
   }
 }
 
-void Recorder::onBuffered(const CmdFrame& frame, std::uint64_t cycle) {
-  addNote(Note::Kind::BUFFERED, frame, cycle, frame.name());
+void Recorder::onBuffered(const CmdFrame& frame, std::uint64_t cycle) noexcept {
+  addNote(Note::Kind::BUFFERED, frame, cycle, [&] { return frame.name(); });
 }
 
-void Recorder::onPrepared(const CmdFrame& frame, std::uint64_t cycle) { addNote(Note::Kind::PREPARED, frame, cycle, {}); }
-
-void Recorder::onDropped(const CmdFrame& frame, std::uint64_t cycle) { addNote(Note::Kind::DROPPED, frame, cycle, {}); }
-
-void Recorder::onRetired(const CmdFrame& frame) {
-  const bool failed = frame.getCmdState() == CmdState::FAILED;
-  addNote(Note::Kind::RETIRED, frame, 0,
-          failed ? fmt::format("job '{}' gave 0x{:08X}", frame.failure.failedJob, core::toCode(frame.failure.result)) : "");
+void Recorder::onPrepared(const CmdFrame& frame, std::uint64_t cycle) noexcept {
+  addNote(Note::Kind::PREPARED, frame, cycle, [] { return std::string(); });
 }
 
-void Recorder::addNote(Note::Kind kind, const CmdFrame& frame, std::uint64_t cycle, std::string text) {
+void Recorder::onDropped(const CmdFrame& frame, std::uint64_t cycle) noexcept {
+  addNote(Note::Kind::DROPPED, frame, cycle, [] { return std::string(); });
+}
+
+void Recorder::onRetired(const CmdFrame& frame) noexcept {
+  addNote(Note::Kind::RETIRED, frame, 0, [&] {
+    const bool failed = frame.getCmdState() == CmdState::FAILED;
+    return failed ? fmt::format("job '{}' gave 0x{:08X}", frame.failure.failedJob, core::toCode(frame.failure.result)) : "";
+  });
+}
+
+template <typename TEXT>
+void Recorder::addNote(Note::Kind kind, const CmdFrame& frame, std::uint64_t cycle, const TEXT& makeText) noexcept {
   const std::scoped_lock lock(m_mutex);
-  m_notes.push_back({kind, frame.getCmdID(), frame.object().index(), cycle, frame.getCmdState(), std::move(text)});
+  const bool isNoted = guarded(false, [&] {
+    m_notes.push_back({kind, frame.getCmdID(), frame.object().index(), cycle, frame.getCmdState(), makeText()});
+    return true;
+  });
+  m_lostNotes += isNoted ? 0 : 1;
 }
 
 std::size_t Recorder::drain() {
@@ -86,7 +103,8 @@ std::size_t Recorder::drain() {
     m_lastEventCycle = event.cycle;
     take(event);
   }
-  m_record.lostEvents = m_events.lost();
+  const std::scoped_lock lock(m_mutex);
+  m_record.lostEvents = m_events.lost() + m_lostNotes;
   return count;
 }
 
@@ -187,9 +205,9 @@ void Recorder::setState(CmdRecord& command, CmdState state, std::uint64_t cycle)
     m_lastActive.at(command.object) = command.number;
   } else {
     command.ended = cycle;
-    kind = state == CmdState::DONE      ? StepRecord::Kind::DONE
+    kind = state == CmdState::DONE     ? StepRecord::Kind::DONE
            : state == CmdState::FAILED ? StepRecord::Kind::FAILED
-                                        : StepRecord::Kind::ABORTED;
+                                       : StepRecord::Kind::ABORTED;
   }
   m_record.steps.push_back({kind, cycle, command.object, command.number, 0});
 }
@@ -198,8 +216,8 @@ void Recorder::takeSignal(const Event& event) {
   const bool isSet = event.kind == EventKind::SIGNAL_SET;
   const std::size_t number = event.object == OUTSIDE ? 0 : m_lastActive.at(event.object);
   m_record.signals.push_back({event.cycle, event.detail, isSet, event.object, number});
-  m_record.steps.push_back(
-      {isSet ? StepRecord::Kind::SIGNAL_SET : StepRecord::Kind::SIGNAL_RESET, event.cycle, event.object, number, event.detail});
+  m_record.steps.push_back({isSet ? StepRecord::Kind::SIGNAL_SET : StepRecord::Kind::SIGNAL_RESET, event.cycle, event.object,
+                            number, event.detail});
 }
 
 CmdRecord* Recorder::find(std::uint64_t cmdID) {

@@ -23,6 +23,7 @@ struct CmdDescription {
   bool waits = false;
   std::string waitsFor;
   std::optional<std::uint32_t> signal;
+  SyncStep sync;
 };
 
 /// Values after a certain cycle, noted by the cyclic thread.
@@ -36,8 +37,8 @@ struct Probe {
   double position = 0.0;  ///< [m]
 };
 
-/// Collects from two sides, the cyclic thread (ICycleObserver, through a ring) and preparation (ICmdListener, through a list), and
-/// writes the record only when the player drains both, in the player's thread.
+/// Collects from two sides, the cyclic thread (ICycleObserver, through a ring) and preparation (ICmdListener, through a
+/// list), and writes the record only when the player drains both, in the player's thread.
 class Recorder : public ICycleObserver, public ICmdListener {
  public:
   Recorder(SignalWatch& watch, RunRecord& record);
@@ -52,10 +53,10 @@ class Recorder : public ICycleObserver, public ICmdListener {
   void beforeObjects(std::uint64_t cycle) noexcept override;
   void afterObject(std::uint64_t cycle, const MotionObject& object) noexcept override;
   void afterObjects(std::uint64_t cycle) noexcept override;
-  void onBuffered(const CmdFrame& frame, std::uint64_t cycle) override;
-  void onPrepared(const CmdFrame& frame, std::uint64_t cycle) override;
-  void onDropped(const CmdFrame& frame, std::uint64_t cycle) override;
-  void onRetired(const CmdFrame& frame) override;
+  void onBuffered(const CmdFrame& frame, std::uint64_t cycle) noexcept override;
+  void onPrepared(const CmdFrame& frame, std::uint64_t cycle) noexcept override;
+  void onDropped(const CmdFrame& frame, std::uint64_t cycle) noexcept override;
+  void onRetired(const CmdFrame& frame) noexcept override;
 
   /// Takes over what has happened; returns how many events. [player]
   std::size_t drain();
@@ -76,7 +77,9 @@ class Recorder : public ICycleObserver, public ICmdListener {
     std::string text;  ///< name, or why it failed
   };
 
-  void addNote(Note::Kind kind, const CmdFrame& frame, std::uint64_t cycle, std::string text);
+  /// `makeText` gives the text. Without memory the note is lost and counted.
+  template <typename TEXT>
+  void addNote(Note::Kind kind, const CmdFrame& frame, std::uint64_t cycle, const TEXT& makeText) noexcept;
   void drainNotes();
   void take(const Note& note);
   void takeBuffered(const Note& note);
@@ -91,8 +94,9 @@ class Recorder : public ICycleObserver, public ICmdListener {
   std::vector<Probe> m_probes;
   std::size_t m_nextProbe = 0;
 
-  std::mutex m_mutex;  ///< guards m_notes
+  std::mutex m_mutex;  ///< guards m_notes and m_lostNotes
   std::vector<Note> m_notes;
+  std::uint64_t m_lostNotes = 0;
   std::vector<std::size_t> m_issued;  ///< by object: how many of its commands were issued
   std::map<std::uint64_t, std::pair<std::uint32_t, std::size_t>> m_byID;  ///< command ID -> object, position in its list
   std::vector<std::size_t> m_lastActive;  ///< by object: number of the command that was active last

@@ -9,7 +9,8 @@
 namespace motion::host::observe {
 
 bool RunRecord::isFine() const {
-  return stuck.empty() && failures.empty() && lostEvents == 0 && std::ranges::all_of(expectations, &ExpectationRecord::holds);
+  return stuck.empty() && failures.empty() && lostEvents == 0 &&
+         std::ranges::all_of(expectations, &ExpectationRecord::holds);
 }
 
 std::string commandText(const RunRecord& record, std::uint32_t object, std::size_t number) {
@@ -43,9 +44,8 @@ bool isOf(const StepRecord& step, const CmdRecord& command) {
 }  // namespace
 
 std::optional<StepRecord> releasedBy(const RunRecord& record, const CmdRecord& command) {
-  const auto done = std::ranges::find_if(record.steps, [&](const StepRecord& step) {
-    return step.kind == StepRecord::Kind::DONE && isOf(step, command);
-  });
+  const auto done = std::ranges::find_if(
+      record.steps, [&](const StepRecord& step) { return step.kind == StepRecord::Kind::DONE && isOf(step, command); });
   if (!command.signal || done == record.steps.end()) {
     return std::nullopt;
   }

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "host/observe/sync_step.h"
 #include "motion/core/cmd/cmd_state.h"
 #include "motion/core/object_type.h"
 
@@ -18,18 +19,19 @@ struct CmdRecord {
   std::uint32_t object = 0;
   std::size_t number = 0;  ///< place among the object's commands, from 1
   std::string name;
-  std::string parameters;  ///< as the user wrote them
-  std::size_t line = 0;    ///< in the scenario file, 0 = unknown
-  bool waits = false;      ///< a command that only waits for others
-  std::string waitsFor;    ///< in words; empty when it is not known
+  std::string parameters;               ///< as the user wrote them
+  std::size_t line = 0;                 ///< in the scenario file, 0 = unknown
+  bool waits = false;                   ///< a command that only waits for others
+  std::string waitsFor;                 ///< in words; empty when it is not known
   std::optional<std::uint32_t> signal;  ///< the signal that it waits for
+  SyncStep sync;                        ///< the same for the host's own use
   core::cmd::CmdState state = core::cmd::CmdState::CREATED;
   std::uint64_t buffered = 0;
   std::uint64_t prepared = 0;
   std::uint64_t active = 0;
   std::uint64_t motionBegan = 0;
   std::uint64_t ended = 0;
-  std::string failure;     ///< why it failed
+  std::string failure;  ///< why it failed
 };
 
 /// A signal that changed.
@@ -37,8 +39,8 @@ struct SignalRecord {
   std::uint64_t cycle = 0;
   std::uint32_t signal = 0;
   bool value = false;
-  std::uint32_t object = 0;   ///< index, or OUTSIDE
-  std::size_t number = 0;     ///< the object's command that did it, 0 when unknown
+  std::uint32_t object = 0;  ///< index, or OUTSIDE
+  std::size_t number = 0;    ///< the object's command that did it, 0 when unknown
 };
 
 /// One step of a run in the order in which it happened: a command's change of state, or a signal.
@@ -76,7 +78,7 @@ struct RunRecord {
   std::string file;
   double cycleTime = 0.001;  ///< [s]
   bool realTime = false;
-  std::string warning;       ///< about real time
+  std::string warning;  ///< about real time
   std::uint64_t cycles = 0;
   std::vector<std::string> signalNames;  ///< by number; empty = unnamed
   std::vector<ObjectRecord> objects;

@@ -6,10 +6,13 @@
 
 namespace motion::host::observe {
 
-SignalWatch::~SignalWatch() { close(); }
+SignalWatch::~SignalWatch() {
+  close();
+}
 
 bool SignalWatch::open(std::string& problem) {
-  for (const auto& [memory, address] : {std::pair{&m_inMemory, kavo::SIGNALS_IN_ADDRESS}, {&m_outMemory, kavo::SIGNALS_OUT_ADDRESS}}) {
+  for (const auto& [memory, address] :
+       {std::pair{&m_inMemory, kavo::SIGNALS_IN_ADDRESS}, {&m_outMemory, kavo::SIGNALS_OUT_ADDRESS}}) {
     const auto result = m_factory.openMemory(*memory, address);
     if (result.isFailure() || (*memory)->getSize() != kavo::SIGNAL_COUNT) {
       problem = fmt::format("the component publishes no signals at '{}' ({})", address, result.toString());

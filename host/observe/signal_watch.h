@@ -12,8 +12,8 @@
 
 namespace motion::host::observe {
 
-/// A change of the memory that jobs move is due to the object that just had its turn; a change of the other one came from outside.
-/// Between two looks the outside change counts as the earlier one.
+/// A change of the memory that jobs move is due to the object that just had its turn; a change of the other one came from
+/// outside. Between two looks the outside change counts as the earlier one.
 class SignalWatch {
  public:
   explicit SignalWatch(comm::datalayer::IDataLayerFactory& factory) : m_factory(factory) {}

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <iterator>
 
+#include "host/observe/joins.h"
+
 namespace motion::host::observe {
 
 using core::cmd::CmdState;
@@ -24,6 +26,7 @@ class Report {
       objectSection(object);
     }
     signalSection();
+    joinSection();
     messageSection();
     expectationSection();
     return std::move(m_text);
@@ -73,7 +76,8 @@ class Report {
 
   [[nodiscard]] std::string outcome(const CmdRecord& command) const {
     if (command.active == 0) {
-      return fmt::format("{}{}", stateText(command.state), command.ended != 0 ? fmt::format(" before cycle {}", command.ended) : "");
+      return fmt::format("{}{}", stateText(command.state),
+                         command.ended != 0 ? fmt::format(" before cycle {}", command.ended) : "");
     }
     std::string text = command.ended == 0 || command.ended == command.active
                            ? fmt::format("cycle {}", command.active)
@@ -142,6 +146,14 @@ class Report {
     }
   }
 
+  void joinSection() {
+    if (const std::string joins = joinsText(m_record); !joins.empty()) {
+      line("");
+      line("Joins");
+      m_text += joins;
+    }
+  }
+
   void messageSection() {
     if (!m_record.messages.empty()) {
       line("");
@@ -200,7 +212,9 @@ const char* stepText(StepRecord::Kind kind) {
 
 }  // namespace
 
-std::string textReport(const RunRecord& record) { return Report(record).write(); }
+std::string textReport(const RunRecord& record) {
+  return Report(record).write();
+}
 
 std::string eventList(const RunRecord& record) {
   std::string text;
@@ -216,6 +230,8 @@ std::string eventList(const RunRecord& record) {
   return text;
 }
 
-std::string milliseconds(double seconds) { return fmt::format("{:.3f} ms", seconds * 1e3); }
+std::string milliseconds(double seconds) {
+  return fmt::format("{:.3f} ms", seconds * 1e3);
+}
 
 }  // namespace motion::host::observe

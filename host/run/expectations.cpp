@@ -19,7 +19,9 @@ namespace {
 /// Share of a cycle that counts as rounding of the user's decimal numbers.
 constexpr double ROUNDING = 1e-6;
 
-std::string refText(const CommandRef& ref) { return fmt::format("{}#{}", ref.object, ref.number); }
+std::string refText(const CommandRef& ref) {
+  return fmt::format("{}#{}", ref.object, ref.number);
+}
 
 class Judge {
  public:
@@ -68,7 +70,8 @@ class Judge {
   }
 
  private:
-  [[nodiscard]] const Probe* probeFor(const scenario::Moment& at, bool isSignal, std::uint32_t signal, const MotionObject* object) const {
+  [[nodiscard]] const Probe* probeFor(const scenario::Moment& at, bool isSignal, std::uint32_t signal,
+                                      const MotionObject* object) const {
     const std::uint64_t cycle = firstCycleFrom(at.time, m_scenario.cycleTime);
     const auto found = std::ranges::find_if(m_probes, [&](const Probe& probe) {
       return probe.taken && probe.cycle == cycle && probe.isSignal == isSignal &&
@@ -128,7 +131,8 @@ class Judge {
 bool expectsFailure(const scenario::Scenario& scenario, const std::string& object, std::size_t number) {
   return std::ranges::any_of(scenario.expectations, [&](const scenario::Expectation& expectation) {
     const auto* state = std::get_if<scenario::ExpectState>(&expectation.what);
-    return state != nullptr && state->state == "failed" && state->command.object == object && state->command.number == number;
+    return state != nullptr && state->state == "failed" && state->command.object == object &&
+           state->command.number == number;
   });
 }
 

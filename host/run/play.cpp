@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "host/run/program.h"
+#include "host/run/program_checks.h"
 #include "host/run/session.h"
 #include "host/scenario/scenario_reader.h"
 
@@ -30,7 +31,10 @@ void playIn(Session& session, const scenario::Scenario& scenario, const PlayOpti
     result.outcome = Outcome::BAD_INPUT;
     return;
   }
+  const scenario::Problems findings = checkPrograms(scenario, program.programs);
+  result.problems.insert(result.problems.end(), findings.begin(), findings.end());
   if (options.checkOnly) {
+    result.outcome = findings.empty() ? Outcome::FINE : Outcome::NOT_FINE;
     return;
   }
   Player player(session, scenario, std::move(program.programs));
@@ -39,7 +43,8 @@ void playIn(Session& session, const scenario::Scenario& scenario, const PlayOpti
     return;
   }
   if (options.realTime) {
-    player.playReal(options.onProgress);
+    player.setStuckAfter(options.stuckAfter);
+    player.playReal(options.watch);
   } else {
     player.playVirtual();
   }

@@ -22,9 +22,10 @@ struct PlayOptions {
   std::filesystem::path bundleDir;
   bool checkOnly = false;  ///< validate, but run nothing
   bool realTime = false;
-  bool journal = true;     ///< the component's traces go to the system's journal
+  bool journal = true;  ///< the component's traces go to the system's journal
   std::chrono::milliseconds startLimit = framework::ComponentLifecycle::DEFAULT_TIME_LIMIT;
-  std::function<void(const Progress&)> onProgress;  ///< in real time; may be empty
+  Watch watch;                   ///< in real time
+  std::uint64_t stuckAfter = 0;  ///< see Player::setStuckAfter; in real time
 };
 
 struct PlayResult {

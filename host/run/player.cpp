@@ -7,6 +7,7 @@
 #include <cmath>
 #include <thread>
 
+#include "host/observe/wait_graph.h"
 #include "host/run/expectations.h"
 
 namespace motion::host::run {
@@ -80,9 +81,11 @@ void Player::playVirtual() {
   finish();
 }
 
-void Player::playReal(const std::function<void(const Progress&)>& onProgress) {
+void Player::playReal(const Watch& watch) {
   m_record.realTime = true;
-  m_quietCycles = std::max(m_quietCycles, static_cast<std::uint64_t>(std::ceil(QUIET_TIME / m_scenario.cycleTime)));
+  m_quietCycles = m_stuckAfter != 0
+                      ? m_stuckAfter
+                      : std::max(m_quietCycles, static_cast<std::uint64_t>(std::ceil(QUIET_TIME / m_scenario.cycleTime)));
   feedPrograms();
   RealTimePacer pacer(m_scenario.cycleTime);
   std::atomic<bool> started{false};
@@ -92,9 +95,12 @@ void Player::playReal(const std::function<void(const Progress&)>& onProgress) {
   });
   auto nextProgress = std::chrono::steady_clock::now() + PROGRESS_INTERVAL;
   while (!started.load(std::memory_order_acquire) || pump(m_runtime.cycle().ended() + 1)) {
-    if (onProgress && std::chrono::steady_clock::now() >= nextProgress) {
-      onProgress(progress(m_runtime.cycle().begun()));
+    if (watch.onProgress && std::chrono::steady_clock::now() >= nextProgress) {
+      watch.onProgress(progress(m_runtime.cycle().begun()));
       nextProgress += PROGRESS_INTERVAL;
+    }
+    if (watch.wantsExplanation && watch.wantsExplanation()) {
+      watch.onExplanation(fmt::format("cycle {}{}", m_runtime.cycle().begun(), whoWaits()));
     }
     std::this_thread::sleep_for(PLAYER_INTERVAL);
   }
@@ -170,9 +176,9 @@ bool Player::isProgramOver(const Feed& feed) const {
   }
   // Whoever aborts an object, or lets it fail, ends its program: what was not yet issued stays undone.
   const auto& commands = m_record.objects.at(feed.program.object->index()).commands;
-  return std::any_of(commands.begin(), commands.begin() + static_cast<std::ptrdiff_t>(feed.next), [](const CmdRecord& command) {
-    return command.state == CmdState::ABORTED || command.state == CmdState::FAILED;
-  });
+  return std::any_of(
+      commands.begin(), commands.begin() + static_cast<std::ptrdiff_t>(feed.next),
+      [](const CmdRecord& command) { return command.state == CmdState::ABORTED || command.state == CmdState::FAILED; });
 }
 
 bool Player::isOver(std::uint64_t nextCycle) const {
@@ -187,9 +193,8 @@ bool Player::isStuck(std::uint64_t nextCycle) const {
     return false;
   }
   return std::ranges::none_of(m_record.objects, [](const observe::ObjectRecord& object) {
-    return std::ranges::any_of(object.commands, [](const CmdRecord& command) {
-      return command.state == CmdState::ACTIVE && !command.waits;
-    });
+    return std::ranges::any_of(object.commands,
+                               [](const CmdRecord& command) { return command.state == CmdState::ACTIVE && !command.waits; });
   });
 }
 
@@ -197,12 +202,15 @@ std::string Player::whoWaits() const {
   std::string text;
   for (const observe::ObjectRecord& object : m_record.objects) {
     for (const CmdRecord& command : object.commands) {
-      if (command.state == CmdState::ACTIVE) {
-        text += fmt::format("\n  {} {} in {} (line {}) since cycle {}{}{}", object.name, command.waits ? "waits" : "is busy",
-                            observe::commandText(m_record, command.object, command.number) + " " + command.name, command.line,
-                            command.active, command.waitsFor.empty() ? "" : " for ", command.waitsFor);
+      if (command.state == CmdState::ACTIVE && !command.waits) {
+        text += fmt::format("\n  {} is busy in {} {} (line {}) since cycle {}", object.name,
+                            observe::commandText(m_record, command.object, command.number), command.name, command.line,
+                            command.active);
       }
     }
+  }
+  if (const std::string waits = observe::explain(m_record, observe::makeWaitGraph(m_record)); !waits.empty()) {
+    text += "\n" + waits;
   }
   return text.empty() ? "" : ":" + text;
 }

@@ -22,6 +22,14 @@ struct Progress {
   std::size_t total = 0;
 };
 
+/// How a real-time run is watched. All calls come from the thread that plays.
+struct Watch {
+  std::function<void(const Progress&)> onProgress;  ///< now and then; may be empty
+  /// Asked often; true means that somebody wants to know who waits for whom. May be empty.
+  std::function<bool()> wantsExplanation;
+  std::function<void(const std::string&)> onExplanation;
+};
+
 class Player {
  public:
   Player(Session& session, const scenario::Scenario& scenario, std::vector<ObjectCalls> programs);
@@ -30,8 +38,11 @@ class Player {
   [[nodiscard]] bool connect(std::string& problem);
   /// Plays in virtual time, as fast as the machine allows.
   void playVirtual();
-  /// Plays in real time. `onProgress` is called now and then, from the calling thread.
-  void playReal(const std::function<void(const Progress&)>& onProgress);
+  /// Plays in real time.
+  void playReal(const Watch& watch);
+  /// A run without any event for that many cycles is given up, if nobody is busy and nothing is to come from outside. Without
+  /// it a quarter of a second in real time. Before play.
+  void setStuckAfter(std::uint64_t cycles) noexcept { m_stuckAfter = cycles; }
   /// The run, after play.
   [[nodiscard]] const observe::RunRecord& record() const noexcept { return m_record; }
 
@@ -62,8 +73,9 @@ class Player {
   std::vector<Feed> m_feeds;
   std::vector<scenario::OutsideEvent> m_outside;  ///< in order of time
   std::size_t m_nextOutside = 0;
-  std::uint64_t m_lastNeededCycle = 0;   ///< the run goes on at least until then
-  std::uint64_t m_quietCycles = 5;       ///< cycles without any event after which nothing can happen any more
+  std::uint64_t m_lastNeededCycle = 0;  ///< the run goes on at least until then
+  std::uint64_t m_quietCycles = 5;      ///< cycles without any event after which nothing can happen any more
+  std::uint64_t m_stuckAfter = 0;       ///< the same as somebody asked for it, 0 = nobody did
 };
 
 }  // namespace motion::host::run

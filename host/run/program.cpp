@@ -3,11 +3,11 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <charconv>
+#include <string_view>
 
+#include "host/run/sync_steps.h"
 #include "host/scenario/parameter_encoder.h"
 #include "host/scenario/words.h"
-#include "motion/kavo/cmd_groups.h"
 
 namespace motion::host::run {
 
@@ -16,30 +16,6 @@ using scenario::Problem;
 using scenario::Value;
 
 namespace {
-
-const Value* fieldOf(const Value& map, std::string_view name) {
-  const auto found = std::ranges::find(map.fields, name, &std::pair<std::string, Value>::first);
-  return found != map.fields.end() ? &found->second : nullptr;
-}
-
-/// The signal that a command names, if it names one.
-std::optional<std::uint32_t> signalOf(const Value& parameters) {
-  const Value* field = fieldOf(parameters, "signalId");
-  std::uint32_t signal = 0;
-  if (field == nullptr) {
-    return std::nullopt;
-  }
-  const char* end = field->text.data() + field->text.size();
-  const auto [rest, error] = std::from_chars(field->text.data(), end, signal);
-  return error == std::errc() && rest == end ? std::optional(signal) : std::nullopt;
-}
-
-/// True for commands that have no work of their own but wait for others.
-bool isSynchronising(const CmdEntry& entry) {
-  return std::ranges::any_of(entry.groups, [](const std::string& group) {
-    return group == kavo::GROUP_SYNC_ON_SIGNAL || group == kavo::GROUP_JOIN_CMD;
-  });
-}
 
 class Preparer {
  public:
@@ -66,7 +42,8 @@ class Preparer {
       return;
     }
     if (!call.options.empty()) {
-      problem(call.options.front().mark, fmt::format("option {} is not known", scenario::inQuotes(call.options.front().name)),
+      problem(call.options.front().mark,
+              fmt::format("option {} is not known", scenario::inQuotes(call.options.front().name)),
               "no option can be used with this bundle");
       return;
     }
@@ -75,8 +52,17 @@ class Preparer {
     if (!encoded.data) {
       return;
     }
-    ProgramCall ready{call.name, std::move(*encoded.data), {"scenario", m_scenario.file, static_cast<std::uint32_t>(call.mark.line)},
-                      describe(*entry, call)};
+    const observe::SyncStep sync = syncStepOf(*entry, call.parameters, object, m_runtime.objMgr());
+    if (sync.kind == observe::SyncKind::JOINS && sync.group.size() == 1 && !isGroupEmpty(call.parameters)) {
+      problem(call.mark, fmt::format("'{}' of '{}' names nobody but '{}' itself", call.name, object.name(), object.name()),
+              "name in 'group' the objects to join with");
+      return;
+    }
+    ProgramCall ready{call.name,
+                      std::move(*encoded.data),
+                      {"scenario", m_scenario.file, static_cast<std::uint32_t>(call.mark.line)},
+                      describe(object, call, sync),
+                      call.mark};
     if (tryOut(object, call, ready)) {
       calls.push_back(std::move(ready));
     }
@@ -91,8 +77,8 @@ class Preparer {
     }
     const std::vector<std::string_view> views(names.begin(), names.end());
     problem(call.mark,
-            fmt::format("{} is not a command of {} '{}'", scenario::inQuotes(call.name), object.isAxis() ? "axis" : "kinematics",
-                        object.name()),
+            fmt::format("{} is not a command of {} '{}'", scenario::inQuotes(call.name),
+                        object.isAxis() ? "axis" : "kinematics", object.name()),
             scenario::knownWords(call.name, views));
   }
 
@@ -107,22 +93,37 @@ class Preparer {
     return false;
   }
 
-  observe::CmdDescription describe(const CmdEntry& entry, const CommandCall& call) const {
+  [[nodiscard]] observe::CmdDescription describe(const MotionObject& object, const CommandCall& call,
+                                                 const observe::SyncStep& sync) const {
     observe::CmdDescription description;
     description.name = call.name;
     description.parameters = valueText(call.parameters);
     description.line = call.mark.line;
-    description.waits = isSynchronising(entry);
-    if (const auto signal = signalOf(call.parameters); signal && description.waits) {
-      description.signal = signal;
-      description.waitsFor = fmt::format("signal {}", *signal);
-      for (const scenario::SignalName& named : m_scenario.signals) {
-        if (named.id == *signal) {
-          description.waitsFor += fmt::format(" '{}'", named.name);
-        }
-      }
+    description.sync = sync;
+    description.waits = observe::isWait(sync.kind);
+    if (sync.kind == observe::SyncKind::JOINS) {
+      description.waitsFor = partnersText(object, sync);
+    } else if (description.waits) {
+      description.signal = sync.signal;
+      description.waitsFor = signalText(sync.signal);
     }
     return description;
+  }
+
+  [[nodiscard]] std::string signalText(std::uint32_t signal) const {
+    const auto named = std::ranges::find(m_scenario.signals, signal, &scenario::SignalName::id);
+    return named != m_scenario.signals.end() ? fmt::format("signal {} '{}'", signal, named->name)
+                                             : fmt::format("signal {}", signal);
+  }
+
+  [[nodiscard]] std::string partnersText(const MotionObject& object, const observe::SyncStep& join) const {
+    std::vector<std::string_view> names;
+    for (const std::uint32_t member : join.group) {
+      if (member != object.index()) {
+        names.push_back(m_runtime.objMgr().objects()[member]->name());
+      }
+    }
+    return fmt::format("{}", fmt::join(names, ", "));
   }
 
   void problem(const scenario::Mark& mark, std::string message, std::string remedy) {

@@ -18,6 +18,7 @@ struct ProgramCall {
   comm::datalayer::Variant parameters;
   core::dia::CmdSourceInfo source;
   observe::CmdDescription description;
+  scenario::Mark mark;
 };
 
 struct ObjectCalls {

@@ -34,8 +34,8 @@ class TraceMemory {
   std::vector<std::string> m_texts;
 };
 
-/// Opening brings everything up; closing takes it down in the reverse order. If the component is lost (a call into it never came
-/// back), nothing can be taken down: the process should print what it has to say and end by std::_Exit.
+/// Opening brings everything up; closing takes it down in the reverse order. If the component is lost (a call into it never
+/// came back), nothing can be taken down: the process should print what it has to say and end by std::_Exit.
 class Session {
  public:
   explicit Session(SessionConfig config);

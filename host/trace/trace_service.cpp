@@ -2,9 +2,11 @@
 #include "host/trace/trace_service.h"
 
 #include <algorithm>
+#include <atomic>
 #include <functional>
-#include <new>
 #include <utility>
+
+#include "host/support/guarded.h"
 
 namespace motion::host::trace {
 
@@ -15,27 +17,20 @@ namespace {
 
 using enum RegistrationResult;
 
-/// Runs an operation of the contract; what it throws becomes a result.
+/// Runs an operation of the contract; what it throws becomes a result. Foreign code runs in it as well: a unit's callback
+/// when it is copied.
 template <typename Operation>
 std::int32_t guarded(const Operation& operation) noexcept {
-  RegistrationResult result = OUT_OF_MEMORY;
-  try {
-    result = operation();
-  } catch (...) {
-    // Apart from foreign callbacks, which are guarded on their own, only allocations throw here.
-  }
-  return static_cast<std::int32_t>(result);
+  return static_cast<std::int32_t>(host::guarded(OUT_OF_MEMORY, CALLBACK_FAILED, operation));
 }
 
 RegistrationResult tell(const TraceService::EnablingCallback& callback, const EnablingState& state) noexcept {
-  try {
+  return host::guarded(CALLBACK_FAILED, [&] {
     if (callback) {
       callback(state);
     }
     return OK;
-  } catch (...) {
-    return CALLBACK_FAILED;
-  }
+  });
 }
 
 /// The registered unit that has the sink, or null.
@@ -77,7 +72,7 @@ std::int32_t TraceService::registerUnit(ILogRealTime3** sink, const char* unitNa
     unit->callback = std::move(kept);
     unit->isRegistered = true;
     unit->sink->setEnabled(true);
-    *sink = unit->sink.get();
+    std::atomic_ref<ILogRealTime3*>(*sink).store(unit->sink.get(), std::memory_order_release);
     return OK;
   });
 }

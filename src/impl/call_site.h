@@ -31,9 +31,15 @@ struct CallSite {
   const char* unit = "";
   const char* function = "";
   unsigned int line = 0;
+
+  /// The same place, for an operation of it whose body is written elsewhere.
+  [[nodiscard]] constexpr CallSite as(const char* operation) const noexcept { return {unit, operation, line}; }
 };
 
 }  // namespace motion::kavo
 
 /// The place where this is written. Not for the inside of a lambda, whose function has no name of its own.
 #define KAVO_HERE (::motion::kavo::CallSite{::motion::kavo::unitPath<__FILE__>, __func__, __LINE__})
+
+/// The same outside of functions.
+#define KAVO_SITE (::motion::kavo::CallSite{::motion::kavo::unitPath<__FILE__>, "", __LINE__})

@@ -114,7 +114,7 @@ void EndTally::drain(host::EventRing& events) {
   require(events.lost() == 0, "writing an event");
 }
 
-void EndTally::onRetired(const host::CmdFrame& frame) {
+void EndTally::onRetired(const host::CmdFrame& frame) noexcept {
   Entry& entry = m_entries[{frame.name(), frame.getCmdState()}];
   ++entry.ended;
   if (const auto found = m_cycles.find(frame.getCmdID()); found != m_cycles.end()) {

@@ -47,10 +47,10 @@ class EndTally : public host::ICmdListener {
     std::uint64_t inFirstCycle = 0;  ///< of those, in the cycle in which they became current
   };
 
-  void onBuffered(const host::CmdFrame& /*frame*/, std::uint64_t /*cycle*/) override {}
-  void onPrepared(const host::CmdFrame& /*frame*/, std::uint64_t /*cycle*/) override {}
-  void onDropped(const host::CmdFrame& /*frame*/, std::uint64_t /*cycle*/) override {}
-  void onRetired(const host::CmdFrame& frame) override;
+  void onBuffered(const host::CmdFrame& /*frame*/, std::uint64_t /*cycle*/) noexcept override {}
+  void onPrepared(const host::CmdFrame& /*frame*/, std::uint64_t /*cycle*/) noexcept override {}
+  void onDropped(const host::CmdFrame& /*frame*/, std::uint64_t /*cycle*/) noexcept override {}
+  void onRetired(const host::CmdFrame& frame) noexcept override;
   /// Takes over what the cycles wrote; before preparation.
   void drain(host::EventRing& events);
 

@@ -1,6 +1,8 @@
-// Replaces the allocator of the whole test program: counts what a thread allocates, and makes one allocation fail.
+// Replaces the allocator of the whole test program: counts what a thread allocates and what the program holds, and makes one
+// allocation fail.
 #include "support/fake_allocation.h"
 
+#include <atomic>
 #include <cstdlib>
 #include <new>
 
@@ -12,6 +14,7 @@ thread_local volatile int t_allocations = 0;
 thread_local volatile int t_untilFailure = 0;  // 0 = none is to fail
 thread_local volatile bool t_hasFailed = false;
 thread_local volatile int t_pauses = 0;
+std::atomic<long> g_live{0};
 
 /// False when the allocation has to fail.
 bool admit() noexcept {
@@ -31,7 +34,18 @@ bool admit() noexcept {
 }
 
 void* allocate(std::size_t size) noexcept {
-  return admit() ? std::malloc(size == 0 ? 1 : size) : nullptr;
+  void* const block = admit() ? std::malloc(size == 0 ? 1 : size) : nullptr;
+  if (block != nullptr) {
+    g_live.fetch_add(1, std::memory_order_relaxed);
+  }
+  return block;
+}
+
+void release(void* block) noexcept {
+  if (block != nullptr) {
+    g_live.fetch_sub(1, std::memory_order_relaxed);
+  }
+  std::free(block);
 }
 
 void* allocateOrThrow(std::size_t size) {
@@ -48,6 +62,10 @@ AllocationCount::AllocationCount() : m_start(t_allocations) {}
 
 int AllocationCount::get() const {
   return t_allocations - m_start;
+}
+
+long liveAllocations() noexcept {
+  return g_live.load(std::memory_order_relaxed);
 }
 
 AllocationFailure::AllocationFailure(int nth) {
@@ -86,20 +104,20 @@ void* operator new[](std::size_t size, const std::nothrow_t& /*tag*/) noexcept {
   return motion::test::allocate(size);
 }
 void operator delete(void* block) noexcept {
-  std::free(block);
+  motion::test::release(block);
 }
 void operator delete[](void* block) noexcept {
-  std::free(block);
+  motion::test::release(block);
 }
 void operator delete(void* block, std::size_t /*size*/) noexcept {
-  std::free(block);
+  motion::test::release(block);
 }
 void operator delete[](void* block, std::size_t /*size*/) noexcept {
-  std::free(block);
+  motion::test::release(block);
 }
 void operator delete(void* block, const std::nothrow_t& /*tag*/) noexcept {
-  std::free(block);
+  motion::test::release(block);
 }
 void operator delete[](void* block, const std::nothrow_t& /*tag*/) noexcept {
-  std::free(block);
+  motion::test::release(block);
 }

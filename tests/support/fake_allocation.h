@@ -1,4 +1,5 @@
-// Replaces the allocator of the whole test program: counts what a thread allocates, and makes one allocation fail.
+// Replaces the allocator of the whole test program: counts what a thread allocates and what the program holds, and makes one
+// allocation fail.
 #pragma once
 
 namespace motion::test {
@@ -13,6 +14,9 @@ class AllocationCount {
   int m_start;
 };
 
+/// Blocks that the whole program holds at present, whoever allocated them.
+[[nodiscard]] long liveAllocations() noexcept;
+
 /// While it exists, the n-th allocation of this thread (from 1) throws std::bad_alloc, and no other. One per thread at a
 /// time.
 class AllocationFailure {
@@ -25,6 +29,15 @@ class AllocationFailure {
   /// Has the n-th allocation been reached?
   [[nodiscard]] bool happened() const;
 };
+
+/// Runs the action on this thread with its allocation number `nth` (from 1) failing; was it reached? The action must not let
+/// an exception out, nor assert, which allocates too.
+template <typename Action>
+[[nodiscard]] bool failsDuring(int nth, const Action& action) {
+  const AllocationFailure failure(nth);
+  action();
+  return failure.happened();
+}
 
 /// What the fakes themselves allocate neither counts nor fails.
 class AllocationPause {

@@ -8,7 +8,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <numeric>
+#include <ostream>
 #include <stdexcept>
 
 #include "support/system_call_watch.h"
@@ -82,8 +82,13 @@ void RealtimeGuard::record(Violation kind, const char* operation, long number) n
   }
 }
 
-bool RealtimeGuard::isClean() const noexcept {
-  return std::accumulate(m_counts.begin(), m_counts.end(), std::uint64_t{0}) == 0;
+Violations RealtimeGuard::violations() const noexcept {
+  return {count(Violation::ALLOCATION), count(Violation::DEALLOCATION), count(Violation::LOCK),
+          count(Violation::SYSTEM_CALL)};
+}
+
+bool RealtimeGuard::countsSystemCalls() noexcept {
+  return SystemCallWatch::isPossible();
 }
 
 std::string RealtimeGuard::describe() const {
@@ -119,6 +124,11 @@ void RealtimeGuard::appendCallers(std::string& text, std::span<void* const> call
       std::free(readable);
     }
   }
+}
+
+void PrintTo(const Violations& violations, std::ostream* out) {
+  *out << violations.allocations << " allocations, " << violations.deallocations << " deallocations, " << violations.locks
+       << " locks, " << violations.systemCalls << " system calls";
 }
 
 }  // namespace motion::test

@@ -133,6 +133,10 @@ void onSystemCall(int /*signal*/, siginfo_t* info, void* context) noexcept {
 
 }  // namespace
 
+bool SystemCallWatch::isPossible() noexcept {
+  return true;
+}
+
 void SystemCallWatch::prepareThread() {
   if (t_isPrepared) {
     return;

@@ -1,5 +1,7 @@
 #include "host/motion/builtin/builtin_cmds.h"
 
+#include <new>
+
 #include "host/motion/builtin/cmd_axis_move.h"
 #include "host/motion/builtin/cmd_dwell.h"
 #include "motion/core/cmd/cmd_groups.h"
@@ -32,9 +34,9 @@ core::cmd::CmdMarshalFn marshalWith(READ read) {
     if (!verifier.VerifyBuffer<TABLE>(nullptr)) {
       return CmdResult::InvalidParameterData;
     }
-    container = new CONTAINER(read(*flatbuffers::GetRoot<TABLE>(bytes.data())));
+    container = new (std::nothrow) CONTAINER(read(*flatbuffers::GetRoot<TABLE>(bytes.data())));
     owned = true;
-    return CmdResult::Okay;
+    return container != nullptr ? CmdResult::Okay : CmdResult::OutOfMemory;
   };
 }
 
@@ -45,30 +47,31 @@ std::vector<std::uint8_t> schemaBytes() {
 
 template <typename CMD, ObjectType TYPE, typename... ARGS>
 auto createWith(ARGS... args) {
-  return wrapCreate<TYPE>([args...](core::IObjFactory& factory, bool buffered, core::cmd::CmdGeneric<TYPE>*& cmd,
-                                    std::string& errText) {
-    if (!buffered) {
-      errText = "this command can not be used as a non - buffered command";
-      return CmdResult::Refused;
-    }
-    cmd = new CMD(args..., factory);
-    errText.clear();
-    return CmdResult::Okay;
-  });
+  return wrapCreate<TYPE>(
+      [args...](core::IObjFactory& factory, bool buffered, core::cmd::CmdGeneric<TYPE>*& cmd, std::string& errText) {
+        if (!buffered) {
+          errText = "this command can not be used as a non - buffered command";
+          return CmdResult::Refused;
+        }
+        errText.clear();
+        return guarded(CmdResult::OutOfMemory, [&] {
+          cmd = new CMD(args..., factory);
+          return CmdResult::Okay;
+        });
+      });
 }
 
 template <ObjectType TYPE>
 void registerDwell(GenericCmdFactory& cmdFactory, const char* group) {
-  cmdFactory.addBuiltIn({{TYPE, CmdDwell<TYPE>::staticName()},
-                         createWith<CmdDwell<TYPE>, TYPE>(),
-                         marshalWith<fbs::CmdDwell, DwellPars>([](const fbs::CmdDwell& table) {
-                           return DwellParsT{table.time()};
-                         }),
-                         true,
-                         {group},
-                         schemaBytes<fbs::CmdDwellBinarySchema>(),
-                         "Wait for a time",
-                         true});
+  cmdFactory.addBuiltIn(
+      {{TYPE, CmdDwell<TYPE>::staticName()},
+       createWith<CmdDwell<TYPE>, TYPE>(),
+       marshalWith<fbs::CmdDwell, DwellPars>([](const fbs::CmdDwell& table) { return DwellParsT{table.time()}; }),
+       true,
+       {group},
+       schemaBytes<fbs::CmdDwellBinarySchema>(),
+       "Wait for a time",
+       true});
 }
 
 void registerMoves(GenericCmdFactory& cmdFactory) {
@@ -100,14 +103,14 @@ void registerMoves(GenericCmdFactory& cmdFactory) {
 void registerCmds(GenericCmdFactory& cmdFactory, ObjFactory& objFactory, JobDataIDMgr& ids) {
   std::unique_ptr<core::IAmCreatable> profile = std::make_unique<ProfileJob>();
   std::unique_ptr<core::IAmCreatable> dwell = std::make_unique<DwellJob>();
-  objFactory.registerObj(profile, 0);
-  objFactory.registerObj(dwell, 0);
-  ids.addID(ProfilePars::getMyID(), "AxisProfilePars");
-  ids.addID(DwellJobPars::getMyID(), "DwellJobPars");
-  ids.addID(AxisSetpoint::getMyID(), "AxisSetpoint");
-  ids.addID(core::IObjPtr::getMyID(), "IObjPtr");
-  ids.addID(core::cmd::ICmdPtr::getMyID(), "ICmdPtr");
-  ids.addID(core::KinPose::getMyID(), "KinPose");
+  const bool isKnown =
+      !core::isFailure(objFactory.registerObj(profile, 0)) && !core::isFailure(objFactory.registerObj(dwell, 0)) &&
+      ids.addID(ProfilePars::getMyID(), "AxisProfilePars") && ids.addID(DwellJobPars::getMyID(), "DwellJobPars") &&
+      ids.addID(AxisSetpoint::getMyID(), "AxisSetpoint") && ids.addID(core::IObjPtr::getMyID(), "IObjPtr") &&
+      ids.addID(core::cmd::ICmdPtr::getMyID(), "ICmdPtr") && ids.addID(core::KinPose::getMyID(), "KinPose");
+  if (!isKnown) {
+    throw std::bad_alloc();  // new factories refuse for no other reason
+  }
   registerMoves(cmdFactory);
   registerDwell<ObjectType::AXIS>(cmdFactory, core::cmd::axs::GROUP_NON_MOTION_COMMANDS);
   registerDwell<ObjectType::KINEMATICS>(cmdFactory, core::cmd::kin::GROUP_NON_MOTION_COMMANDS);

@@ -23,7 +23,7 @@ struct AxisMoveParsT {
 struct AxisMovePars___t;
 using AxisMovePars = core::job::JobNamedType<AxisMoveParsT, AxisMovePars___t>;
 
-/// Makes the commands known to the factories. [framework]
+/// Makes the commands known to the factories of a new runtime. Throws std::bad_alloc. [framework]
 void registerCmds(GenericCmdFactory& cmdFactory, ObjFactory& objFactory, JobDataIDMgr& ids);
 
 }  // namespace motion::host::builtin

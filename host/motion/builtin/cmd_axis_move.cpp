@@ -33,17 +33,20 @@ CmdResult CmdAxisMove::onSetCmdValues(const core::IContainer* cmdValues, const c
   return CmdResult::Okay;
 }
 
-std::uint32_t CmdAxisMove::onGetCmdType() const { return m_kind == MoveKind::ABSOLUTE ? 1 : 2; }
+std::uint32_t CmdAxisMove::onGetCmdType() const {
+  return m_kind == MoveKind::ABSOLUTE ? 1 : 2;
+}
 
 CmdResult CmdAxisMove::onRegisterJobListsInputs(core::job::IJobDataHandler& handler) {
   const auto result = handler.registerPublish(ProfilePars::getMyID(), SectionMgr::CMD_DATA, "CmdAxisMove", &m_pars);
-  return core::isFailure(result) ? CmdResult::Refused : CmdResult::Okay;
+  return core::isFailure(result) ? CmdResult::JobRegistrationFailed : CmdResult::Okay;
 }
 
 CmdResult CmdAxisMove::onValidate(const core::dia::CmdSourceInfo& source, core::dia::IDia* dia) {
   const ProfileParsT pars = m_pars.get();
   if (!std::isfinite(pars.target)) {
-    return refuse(dia, source, m_kind == MoveKind::ABSOLUTE ? "'to' must be a finite number" : "'by' must be a finite number");
+    return refuse(dia, source,
+                  m_kind == MoveKind::ABSOLUTE ? "'to' must be a finite number" : "'by' must be a finite number");
   }
   if (!std::isfinite(pars.velocity) || pars.velocity <= 0.0) {
     return refuse(dia, source, "'velocity' must be above 0");

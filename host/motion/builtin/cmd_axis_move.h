@@ -15,7 +15,10 @@ class CmdAxisMove : public core::cmd::CmdGeneric<core::ObjectType::AXIS> {
 
   [[nodiscard]] static const char* staticName(MoveKind kind) { return kind == MoveKind::ABSOLUTE ? "MoveAbs" : "MoveRel"; }
 
-  [[nodiscard]] std::vector<std::string> getJobNames() const override { return {ProfileJob::NAME}; }
+  [[nodiscard]] const std::vector<std::string>& getJobNames() const override {
+    static const std::vector<std::string> names{ProfileJob::NAME};
+    return names;
+  }
   core::cmd::CmdResult onSetCmdValues(const core::IContainer* cmdValues, const core::dia::CmdSourceInfo& source,
                                       core::IObj* obj, bool flag) override;
   [[nodiscard]] std::uint32_t onGetCmdType() const override;

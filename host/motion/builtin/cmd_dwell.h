@@ -22,7 +22,10 @@ class CmdDwell : public core::cmd::CmdGeneric<TYPE> {
 
   [[nodiscard]] static const char* staticName() { return "Dwell"; }
 
-  [[nodiscard]] std::vector<std::string> getJobNames() const override { return {DwellJob::NAME}; }
+  [[nodiscard]] const std::vector<std::string>& getJobNames() const override {
+    static const std::vector<std::string> names{DwellJob::NAME};
+    return names;
+  }
 
   CmdResult onSetCmdValues(const core::IContainer* cmdValues, const core::dia::CmdSourceInfo& /*source*/, core::IObj* obj,
                            bool /*flag*/) override {
@@ -38,7 +41,7 @@ class CmdDwell : public core::cmd::CmdGeneric<TYPE> {
 
   CmdResult onRegisterJobListsInputs(core::job::IJobDataHandler& handler) override {
     const auto result = handler.registerPublish(DwellJobPars::getMyID(), SectionMgr::CMD_DATA, "CmdDwell", &m_pars);
-    return core::isFailure(result) ? CmdResult::Refused : CmdResult::Okay;
+    return core::isFailure(result) ? CmdResult::JobRegistrationFailed : CmdResult::Okay;
   }
 
   CmdResult onValidate(const core::dia::CmdSourceInfo& source, core::dia::IDia* dia) override {

@@ -7,6 +7,7 @@
 
 #include "host/motion/builtin/job_data.h"
 #include "host/motion/section_mgr.h"
+#include "host/support/guarded.h"
 
 namespace motion::host::builtin {
 
@@ -40,10 +41,14 @@ JobResult DwellJob::addJobsToJoblist(core::job::IJobList* list, JobListTypes typ
   return list->addJob([this] { return wait(); }, NAME, SectionMgr::CMD_DATA);
 }
 
-std::string DwellJob::getJobString() const {
-  return m_pars == nullptr ? "No inputs registered" : fmt::format("dwell(time={})", m_pars->getRef().time);
+std::string DwellJob::getJobString() const noexcept {
+  return guarded(std::string(), [this] {
+    return m_pars == nullptr ? "No inputs registered" : fmt::format("dwell(time={})", m_pars->getRef().time);
+  });
 }
 
-JobResult DwellJob::wait() { return --m_cyclesLeft == 0 ? JobResult::CmdFinished : JobResult::Busy; }
+JobResult DwellJob::wait() {
+  return --m_cyclesLeft == 0 ? JobResult::CmdFinished : JobResult::Busy;
+}
 
 }  // namespace motion::host::builtin

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <new>
 
 #include "motion/core/i_obj.h"
 #include "motion/core/job/job_object_base.h"
@@ -19,11 +20,11 @@ class DwellJob : public core::job::JobObjectBase {
  public:
   static constexpr const char* NAME = "host_dwell";
 
-  [[nodiscard]] core::IAmCreatable* createNew() const override { return new DwellJob; }
+  [[nodiscard]] core::IAmCreatable* createNew() const noexcept override { return new (std::nothrow) DwellJob; }
   [[nodiscard]] const char* getID() const override { return NAME; }
   core::job::JobResult registerInputs(core::job::IJobDataHandler* handler) override;
   core::job::JobResult addJobsToJoblist(core::job::IJobList* list, core::job::JobListTypes type) override;
-  [[nodiscard]] std::string getJobString() const override;
+  [[nodiscard]] std::string getJobString() const noexcept override;  ///< empty without memory [prepare]
 
  private:
   core::job::JobResult wait();

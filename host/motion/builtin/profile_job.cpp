@@ -4,6 +4,7 @@
 
 #include "host/motion/builtin/job_data.h"
 #include "host/motion/section_mgr.h"
+#include "host/support/guarded.h"
 
 namespace motion::host::builtin {
 
@@ -19,9 +20,9 @@ constexpr double ROUNDING = 1e-6;
 
 JobResult ProfileJob::registerInputs(core::job::IJobDataHandler* handler) {
   core::IObjPtr* object = nullptr;
-  for (const JobResult result : {readData(*handler, SectionMgr::CMD_DATA, m_pars),
-                                 readData(*handler, SectionMgr::OBJ_DATA, m_setpoint),
-                                 readData(*handler, SectionMgr::OBJ_DATA, object)}) {
+  for (const JobResult result :
+       {readData(*handler, SectionMgr::CMD_DATA, m_pars), readData(*handler, SectionMgr::OBJ_DATA, m_setpoint),
+        readData(*handler, SectionMgr::OBJ_DATA, object)}) {
     if (core::isFailure(result)) {
       return result;
     }
@@ -41,13 +42,15 @@ JobResult ProfileJob::addJobsToJoblist(core::job::IJobList* list, JobListTypes t
   }
 }
 
-std::string ProfileJob::getJobString() const {
-  if (m_pars == nullptr) {
-    return "No inputs registered";
-  }
-  const ProfileParsT& pars = m_pars->getRef();
-  return fmt::format("move{}(target={},velocity={},acceleration={})", pars.relative ? "Rel" : "Abs", pars.target,
-                     pars.velocity, pars.acceleration);
+std::string ProfileJob::getJobString() const noexcept {
+  return guarded(std::string(), [this]() -> std::string {
+    if (m_pars == nullptr) {
+      return "No inputs registered";
+    }
+    const ProfileParsT& pars = m_pars->getRef();
+    return fmt::format("move{}(target={},velocity={},acceleration={})", pars.relative ? "Rel" : "Abs", pars.target,
+                       pars.velocity, pars.acceleration);
+  });
 }
 
 JobResult ProfileJob::plan() {

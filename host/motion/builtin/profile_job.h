@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <kdl/velocityprofile_trap.hpp>
+#include <new>
 
 #include "host/motion/setpoint.h"
 #include "motion/core/i_obj.h"
@@ -20,17 +21,17 @@ struct ProfileParsT {
 struct ProfilePars___t;
 using ProfilePars = core::job::JobNamedType<ProfileParsT, ProfilePars___t>;
 
-/// Plans a trapezoidal profile from where the axis stands when the command becomes current, and follows it: in the n-th cycle of
-/// the command the set-point is the profile at n cycle times, so the first cycle already has a velocity.
+/// Plans a trapezoidal profile from where the axis stands when the command becomes current, and follows it: in the n-th
+/// cycle of the command the set-point is the profile at n cycle times, so the first cycle already has a velocity.
 class ProfileJob : public core::job::JobObjectBase {
  public:
   static constexpr const char* NAME = "host_axis_profile";
 
-  [[nodiscard]] core::IAmCreatable* createNew() const override { return new ProfileJob; }
+  [[nodiscard]] core::IAmCreatable* createNew() const noexcept override { return new (std::nothrow) ProfileJob; }
   [[nodiscard]] const char* getID() const override { return NAME; }
   core::job::JobResult registerInputs(core::job::IJobDataHandler* handler) override;
   core::job::JobResult addJobsToJoblist(core::job::IJobList* list, core::job::JobListTypes type) override;
-  [[nodiscard]] std::string getJobString() const override;
+  [[nodiscard]] std::string getJobString() const noexcept override;  ///< empty without memory [prepare]
 
  private:
   core::job::JobResult plan();

@@ -52,9 +52,9 @@ core::job::JobResult addJob(core::job::IJobList& list, const core::job::Job& job
   return guarded(core::job::JobResult::OutOfMemory, [&] { return list.addJob(job, name, cmdDataSection()); });
 }
 
-core::job::JobResult addCyclicJob(core::job::IJobList& list, core::job::JobListTypes type, const core::job::Job& job,
+core::job::JobResult addCyclicJob(core::job::IJobList* list, core::job::JobListTypes type, const core::job::Job& job,
                                   const char* name) noexcept {
-  return type == core::job::JobListTypes::CYCLIC_EXECUTION ? addJob(list, job, name)
+  return type == core::job::JobListTypes::CYCLIC_EXECUTION ? addJob(*list, job, name)
                                                            : core::job::JobResult::ListTypeNotServed;
 }
 

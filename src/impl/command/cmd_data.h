@@ -74,7 +74,7 @@ template <typename BASETYPE, typename SEMANTIC>
 /// Adds a job to a list, in the stage of the commands' data. The result of the host, OutOfMemory. [prepare]
 [[nodiscard]] core::job::JobResult addJob(core::job::IJobList& list, const core::job::Job& job, const char* name) noexcept;
 /// Adds a job to the list for cyclic execution; ListTypeNotServed for every other list. [prepare]
-[[nodiscard]] core::job::JobResult addCyclicJob(core::job::IJobList& list, core::job::JobListTypes type,
+[[nodiscard]] core::job::JobResult addCyclicJob(core::job::IJobList* list, core::job::JobListTypes type,
                                                 const core::job::Job& job, const char* name) noexcept;
 
 }  // namespace motion::kavo::job

@@ -66,14 +66,12 @@ const RegistrationTexts REGISTRATION_TEXTS = {
         },
 };
 
-std::vector<std::string> jobNamesOf(std::span<const JobPrototype> jobs) noexcept {
-  return guarded(std::vector<std::string>(), [jobs] {
-    std::vector<std::string> names;
-    for (const JobPrototype& job : jobs) {
-      names.emplace_back(job.name);
-    }
-    return names;
-  });
+std::vector<std::string> jobNamesOf(std::span<const JobPrototype> jobs) {
+  std::vector<std::string> names;
+  for (const JobPrototype& job : jobs) {
+    names.emplace_back(job.name);
+  }
+  return names;
 }
 
 template <core::ObjectType OBJECT_TYPE>

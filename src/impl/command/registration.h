@@ -27,8 +27,8 @@ template <typename JOB_OBJECT>
   return std::make_unique<JOB_OBJECT>();
 }
 
-/// The names of the jobs; empty when there is no memory for them. [prepare]
-[[nodiscard]] std::vector<std::string> jobNamesOf(std::span<const JobPrototype> jobs) noexcept;
+/// The names of the jobs. Throws std::bad_alloc. [prepare]
+[[nodiscard]] std::vector<std::string> jobNamesOf(std::span<const JobPrototype> jobs);
 
 /// Messages in which commands differ. One with a number is a function, so that the compiler checks its format.
 struct RegistrationTexts {

@@ -4,9 +4,6 @@
 #include <algorithm>
 #include <string_view>
 
-#include "impl/command/cmd_data.h"
-#include "impl/command/cmd_groups.h"
-#include "impl/command/registration.h"
 #include "impl/command/unmarshalling.h"
 #include "impl/ext_dep/ext_dep_mgr.h"
 #include "impl/join/job_obj_join.h"
@@ -22,11 +19,17 @@ namespace {
 
 constexpr JobPrototype JOBS[] = {{job::JobObjJoin::JOB_NAME, &makePrototype<job::JobObjJoin>}};
 
-constexpr CmdDescription DESCRIPTION = {
-    .schemaFile = "cmdJoin.bfbs",
-    .description = "Synchronize start next buffered command on multiple motion objects",
-    .jobs = JOBS,
-    .texts = REGISTRATION_TEXTS,
+constexpr CmdDefinition DEFINITION = {
+    .site = KAVO_SITE,
+    .name = "Join",
+    .description = {.schemaFile = "cmdJoin.bfbs",
+                    .description = "Synchronize start next buffered command on multiple motion objects",
+                    .jobs = JOBS,
+                    .texts = REGISTRATION_TEXTS},
+    .publishRefused =
+        [](const CallSite& site, core::job::JobResult result) noexcept {
+          KAVO_TRACE_AT(site, Error, "JoinJobPars::registerPublish failed: [0x%X]", core::toCode(result));
+        },
 };
 
 constexpr UnmarshalTexts UNMARSHALLING = {
@@ -69,29 +72,8 @@ void sortByName(const core::IObjMgr& objMgr, job::JoinGroup& group) {
 }  // namespace
 
 template <ObjectType OBJECT_TYPE>
-CmdJoin<OBJECT_TYPE>::CmdJoin(core::IObjFactory& objFactory) : KavoCmd<OBJECT_TYPE>(getStaticName(), objFactory) {}
-
-template <ObjectType OBJECT_TYPE>
-CmdResult CmdJoin<OBJECT_TYPE>::registerCmd(const core::IMotionExt& extIf, const std::string& schemaDir) {
-  static constexpr const char* groups[] = {GROUP_JOIN_CMD};
-  const CmdRegistration<OBJECT_TYPE> registration = {
-      .getCmdId = &getCmdId,
-      .groups = groups,
-      .onCreate = &onCreate,
-      .onMarshal = &onMarshall,
-  };
-  return registerCommand(KAVO_HERE, DESCRIPTION, registration, extIf, schemaDir);
-}
-
-template <ObjectType OBJECT_TYPE>
-CmdResult CmdJoin<OBJECT_TYPE>::unregisterCmd(const core::IMotionExt& extIf) {
-  return unregisterCommand(KAVO_HERE, DESCRIPTION, &getCmdId, extIf);
-}
-
-template <ObjectType OBJECT_TYPE>
-CmdResult CmdJoin<OBJECT_TYPE>::onCreate(core::IObjFactory& factory, bool buffered, core::cmd::CmdGeneric<OBJECT_TYPE>*& cmd,
-                                         std::string& errText) {
-  return createCommand<CmdJoin>(KAVO_HERE, factory, buffered, cmd, errText);
+const CmdDefinition& CmdJoin<OBJECT_TYPE>::define() noexcept {
+  return DEFINITION;
 }
 
 template <ObjectType OBJECT_TYPE>
@@ -107,22 +89,6 @@ CmdResult CmdJoin<OBJECT_TYPE>::onMarshall(const comm::datalayer::Variant* data,
     return CmdResult::InvalidParameterData;
   }
   return makeContainer<CmdJoinPars>(container, owned, [&table] { return read(table); });
-}
-
-template <ObjectType OBJECT_TYPE>
-const core::cmd::CmdId& CmdJoin<OBJECT_TYPE>::getCmdId() {
-  static const core::cmd::CmdId id = {OBJECT_TYPE, getStaticName()};
-  return id;
-}
-
-template <ObjectType OBJECT_TYPE>
-const char* CmdJoin<OBJECT_TYPE>::getStaticName() noexcept {
-  return "Join";
-}
-
-template <ObjectType OBJECT_TYPE>
-std::vector<std::string> CmdJoin<OBJECT_TYPE>::getJobNames() const {
-  return jobNamesOf(JOBS);
 }
 
 template <ObjectType OBJECT_TYPE>
@@ -145,7 +111,7 @@ CmdResult CmdJoin<OBJECT_TYPE>::onSetCmdValues(const core::IContainer* cmdValues
     if (objMgr == nullptr) {
       return CmdResult::NullPointer;
     }
-    job::JoinJobParsT& jobPars = m_cmdValues.getRef();
+    job::JoinJobParsT& jobPars = this->m_cmdValues.getRef();
     jobPars.syncStartNextCmd = pars.syncStartNextCmd;
     return appendObjects(site, *objMgr, pars.group, jobPars.group);
   });
@@ -164,7 +130,7 @@ CmdResult CmdJoin<OBJECT_TYPE>::onValidate(const core::dia::CmdSourceInfo& /*sou
       KAVO_TRACE_AT(site, Error, "%s", "Motion object is invalid");
       return CmdResult::NullPointer;
     }
-    job::JoinGroup& group = m_cmdValues.getRef().group;
+    job::JoinGroup& group = this->m_cmdValues.getRef().group;
     if (std::ranges::find(group, obj) == group.end()) {
       group.push_back(obj);
     }
@@ -179,9 +145,9 @@ CmdResult CmdJoin<OBJECT_TYPE>::onValidate(const core::dia::CmdSourceInfo& /*sou
 
 template <ObjectType OBJECT_TYPE>
 CmdResult CmdJoin<OBJECT_TYPE>::onRegisterJobListsInputs(core::job::IJobDataHandler& handler) {
-  if (const auto result = publishCmdData(handler, m_cmdValues); core::isFailure(result)) {
-    KAVO_TRACE(Error, "JoinJobPars::registerPublish failed: [0x%X]", core::toCode(result));
-    return CmdResult::Refused;
+  using Base = GenericBufferedCmd<CmdJoin, job::JoinJobPars, OBJECT_TYPE>;
+  if (const auto published = Base::onRegisterJobListsInputs(handler); core::isFailure(published)) {
+    return published;
   }
   core::IObjPtr* motionObj = nullptr;
   const auto result = job::readData(handler, SectionID::OBJ_DATA, "onRegisterJobListsInputs", motionObj);
@@ -195,14 +161,16 @@ CmdResult CmdJoin<OBJECT_TYPE>::onRegisterJobListsInputs(core::job::IJobDataHand
 
 template <ObjectType OBJECT_TYPE>
 void CmdJoin<OBJECT_TYPE>::onCmdStateChanged(const core::cmd::ICmdFrame& frame, core::cmd::CmdState /*state*/) {
-  if (frame.getCmdState() != core::cmd::CmdState::ABORTED) {
-    return;
-  }
-  if (core::job::IJobObject* const found = frame.getJobHandler().findJobObject(job::JobObjJoin::JOB_NAME);
-      found != nullptr) {
-    // The name belongs to this class: the factory clones the prototype that this command has registered.
-    static_cast<job::JobObjJoin*>(found)->onAbort();
-  }
+  guarded([&frame] {
+    if (frame.getCmdState() != core::cmd::CmdState::ABORTED) {
+      return;
+    }
+    if (core::job::IJobObject* const found = frame.getJobHandler().findJobObject(job::JobObjJoin::JOB_NAME);
+        found != nullptr) {
+      // The name belongs to this class: the factory clones the prototype that this command has registered.
+      static_cast<job::JobObjJoin*>(found)->onAbort();
+    }
+  });
 }
 
 template class CmdJoin<ObjectType::AXIS>;

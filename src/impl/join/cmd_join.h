@@ -1,14 +1,11 @@
 // The command Join: holds an object's command buffer until all objects of a group have reached theirs.
 #pragma once
 
-#include <string>
-#include <vector>
-
 #include "comm/datalayer/variant.h"
-#include "impl/command/kavo_cmd.h"
+#include "impl/command/cmd_groups.h"
+#include "impl/command/generic_buffered_cmd.h"
 #include "impl/join/join_pars.h"
-#include "motion/core/cmd/cmd_id.h"
-#include "motion/core/i_motion_ext.h"
+#include "motion/core/i_obj.h"
 
 namespace motion::kavo::cmd {
 
@@ -26,23 +23,13 @@ class IssuedOn {
 };
 
 template <core::ObjectType OBJECT_TYPE>
-class CmdJoin : public KavoCmd<OBJECT_TYPE> {
+class CmdJoin : public GenericBufferedCmd<CmdJoin<OBJECT_TYPE>, job::JoinJobPars, OBJECT_TYPE> {
  public:
-  explicit CmdJoin(core::IObjFactory& objFactory);
+  using GenericBufferedCmd<CmdJoin, job::JoinJobPars, OBJECT_TYPE>::GenericBufferedCmd;
 
-  /// Registers and unregisters the job and the command; see registerCommand. [framework]
-  [[nodiscard]] static core::cmd::CmdResult registerCmd(const core::IMotionExt& extIf, const std::string& schemaDir);
-  [[nodiscard]] static core::cmd::CmdResult unregisterCmd(const core::IMotionExt& extIf);  ///< [framework]
   /// What the host's command factory calls. [prepare]
-  static core::cmd::CmdResult onCreate(core::IObjFactory& factory, bool buffered, core::cmd::CmdGeneric<OBJECT_TYPE>*& cmd,
-                                       std::string& errText);
-  static core::cmd::CmdResult onMarshall(const comm::datalayer::Variant* data, core::IContainer*& container,
-                                         bool& owned);  ///< [prepare]
-  /// The first call, at registration, may throw std::bad_alloc. [framework] [prepare]
-  [[nodiscard]] static const core::cmd::CmdId& getCmdId();
-  [[nodiscard]] static const char* getStaticName() noexcept;  ///< [any]
+  static core::cmd::CmdResult onMarshall(const comm::datalayer::Variant* data, core::IContainer*& container, bool& owned);
 
-  [[nodiscard]] std::vector<std::string> getJobNames() const override;
   /// Turns the names into objects.
   core::cmd::CmdResult onSetCmdValues(const core::IContainer* cmdValues, const core::dia::CmdSourceInfo& source,
                                       core::IObj* obj, bool flag) override;
@@ -52,8 +39,11 @@ class CmdJoin : public KavoCmd<OBJECT_TYPE> {
   /// Tells the job of an abort.
   void onCmdStateChanged(const core::cmd::ICmdFrame& frame, core::cmd::CmdState state) override;
 
+  [[nodiscard]] static const CmdDefinition& define() noexcept;  ///< [any]
+  static constexpr const char* GROUPS[] = {GROUP_JOIN_CMD};
+  static constexpr auto MARSHAL = &onMarshall;
+
  private:
-  job::JoinJobPars m_cmdValues;
   IssuedOn m_motionObj;
 };
 

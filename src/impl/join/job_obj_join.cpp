@@ -1,6 +1,8 @@
 // The job of the command Join.
 #include "impl/join/job_obj_join.h"
 
+#include <utility>
+
 #include "impl/command/cmd_data.h"
 #include "impl/debug_trace.h"
 #include "impl/ext_dep/ext_dep_mgr.h"
@@ -120,12 +122,16 @@ JobResult JobObjJoin::registerForJoin() noexcept {
     return JobResult::InvalidObject;
   }
   m_waitForNextCmd = m_joinJobPars->getRef().syncStartNextCmd;
-  if (!guarded([this] { m_context = JoinCmdGlobalContext::create(*this, m_objIndex); })) {
+  int index = -1;
+  std::shared_ptr<JoinCmdGlobalContext> context;
+  if (!guarded([&] { context = JoinCmdGlobalContext::create(*this, index); })) {
     return JobResult::OutOfMemory;
   }
-  if (m_context == nullptr) {
+  if (context == nullptr) {
     return JobResult::InvalidObject;
   }
+  m_context = std::move(context);
+  m_objIndex = index;
   KAVO_TRACE(Info, "%s: joinCmd seq=%u: group=[%s], syncStartnextCmd=%s, command PREPARED", m_objName, m_context->seq(),
              m_groupNames.c_str(), toText(m_waitForNextCmd));
   return JobResult::NoEffect;

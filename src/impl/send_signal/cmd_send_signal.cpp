@@ -3,10 +3,7 @@
 
 #include <type_traits>
 
-#include "impl/command/cmd_data.h"
-#include "impl/command/cmd_groups.h"
 #include "impl/command/diagnosis.h"
-#include "impl/command/registration.h"
 #include "impl/command/unmarshalling.h"
 #include "impl/rt_signals.h"
 #include "impl/send_signal/job_obj_send_signal.h"
@@ -38,14 +35,22 @@ constexpr UnmarshalTexts UNMARSHALLING = {
     .invalidBuffer = "Invalid FlatBuffer description",
 };
 
-constexpr CmdDescription DESCRIPTIONS[] = {
-    {.schemaFile = "cmdSetSignal.bfbs", .description = "Set a signal", .jobs = JOBS, .texts = REGISTRATION},
-    {.schemaFile = "cmdResetSignal.bfbs", .description = "Reset a signal", .jobs = JOBS, .texts = REGISTRATION},
-};
-
-constexpr const CmdDescription& descriptionOf(SignalAction action) noexcept {
-  return DESCRIPTIONS[static_cast<std::size_t>(action)];
+constexpr CmdDefinition defineAs(const char* name, const char* schemaFile, const char* description) noexcept {
+  return {
+      .site = KAVO_SITE,
+      .name = name,
+      .description = {.schemaFile = schemaFile, .description = description, .jobs = JOBS, .texts = REGISTRATION},
+      .publishRefused =
+          [](const CallSite& site, core::job::JobResult result) noexcept {
+            KAVO_TRACE_AT(site, Error, "registerPublish failed with %d", core::toCode(result));
+          },
+  };
 }
+
+constexpr CmdDefinition DEFINITIONS[] = {
+    defineAs("SetSignal", "cmdSetSignal.bfbs", "Set a signal"),
+    defineAs("ResetSignal", "cmdResetSignal.bfbs", "Reset a signal"),
+};
 
 template <SignalAction ACTION>
 using TableOf = std::conditional_t<ACTION == SignalAction::SET, fbs::CmdSetSignal, fbs::CmdResetSignal>;
@@ -53,30 +58,8 @@ using TableOf = std::conditional_t<ACTION == SignalAction::SET, fbs::CmdSetSigna
 }  // namespace
 
 template <ObjectType OBJECT_TYPE, SignalAction ACTION>
-CmdSendSignal<OBJECT_TYPE, ACTION>::CmdSendSignal(core::IObjFactory& objFactory)
-    : KavoCmd<OBJECT_TYPE>(getStaticName(), objFactory) {}
-
-template <ObjectType OBJECT_TYPE, SignalAction ACTION>
-CmdResult CmdSendSignal<OBJECT_TYPE, ACTION>::registerCmd(const core::IMotionExt& extIf, const std::string& schemaDir) {
-  static constexpr const char* groups[] = {GROUP_SEND_SIGNAL, nonMotionGroup(OBJECT_TYPE)};
-  const CmdRegistration<OBJECT_TYPE> registration = {
-      .getCmdId = &getCmdId,
-      .groups = groups,
-      .onCreate = &onCreate,
-      .onMarshal = &onMarshal,
-  };
-  return registerCommand(KAVO_HERE, descriptionOf(ACTION), registration, extIf, schemaDir);
-}
-
-template <ObjectType OBJECT_TYPE, SignalAction ACTION>
-CmdResult CmdSendSignal<OBJECT_TYPE, ACTION>::unregisterCmd(const core::IMotionExt& extIf) {
-  return unregisterCommand(KAVO_HERE, descriptionOf(ACTION), &getCmdId, extIf);
-}
-
-template <ObjectType OBJECT_TYPE, SignalAction ACTION>
-CmdResult CmdSendSignal<OBJECT_TYPE, ACTION>::onCreate(core::IObjFactory& factory, bool buffered,
-                                                       core::cmd::CmdGeneric<OBJECT_TYPE>*& cmd, std::string& errText) {
-  return createCommand<CmdSendSignal>(KAVO_HERE, factory, buffered, cmd, errText);
+const CmdDefinition& CmdSendSignal<OBJECT_TYPE, ACTION>::define() noexcept {
+  return DEFINITIONS[static_cast<std::size_t>(ACTION)];
 }
 
 template <ObjectType OBJECT_TYPE, SignalAction ACTION>
@@ -85,22 +68,6 @@ CmdResult CmdSendSignal<OBJECT_TYPE, ACTION>::onMarshal(const comm::datalayer::V
   return unmarshal<TableOf<ACTION>, CmdSendSignalPars>(
       KAVO_HERE, UNMARSHALLING, data, container, owned,
       [](const TableOf<ACTION>& table) { return CmdSendSignalParsT{.signalId = table.signalId()}; });
-}
-
-template <ObjectType OBJECT_TYPE, SignalAction ACTION>
-const core::cmd::CmdId& CmdSendSignal<OBJECT_TYPE, ACTION>::getCmdId() {
-  static const core::cmd::CmdId id = {OBJECT_TYPE, getStaticName()};
-  return id;
-}
-
-template <ObjectType OBJECT_TYPE, SignalAction ACTION>
-const char* CmdSendSignal<OBJECT_TYPE, ACTION>::getStaticName() noexcept {
-  return ACTION == SignalAction::SET ? "SetSignal" : "ResetSignal";
-}
-
-template <ObjectType OBJECT_TYPE, SignalAction ACTION>
-std::vector<std::string> CmdSendSignal<OBJECT_TYPE, ACTION>::getJobNames() const {
-  return jobNamesOf(JOBS);
 }
 
 template <ObjectType OBJECT_TYPE, SignalAction ACTION>
@@ -116,23 +83,13 @@ CmdResult CmdSendSignal<OBJECT_TYPE, ACTION>::onSetCmdValues(const core::IContai
     KAVO_TRACE_TEXT(Error, "SendSignalJobUser::safeCast(cmdValues) failed");
     return CmdResult::WrongContainer;
   }
-  m_cmdValues.set({.signalId = values->get().signalId, .reset = ACTION == SignalAction::RESET});
-  return CmdResult::Okay;
-}
-
-template <ObjectType OBJECT_TYPE, SignalAction ACTION>
-CmdResult CmdSendSignal<OBJECT_TYPE, ACTION>::onRegisterJobListsInputs(core::job::IJobDataHandler& handler) {
-  const auto result = publishCmdData(handler, m_cmdValues);
-  if (core::isFailure(result)) {
-    KAVO_TRACE(Error, "registerPublish failed with %d", core::toCode(result));
-    return CmdResult::Refused;
-  }
+  this->m_cmdValues.set({.signalId = values->get().signalId, .reset = ACTION == SignalAction::RESET});
   return CmdResult::Okay;
 }
 
 template <ObjectType OBJECT_TYPE, SignalAction ACTION>
 CmdResult CmdSendSignal<OBJECT_TYPE, ACTION>::onValidate(const core::dia::CmdSourceInfo& source, core::dia::IDia* dia) {
-  const std::uint32_t signalId = m_cmdValues.get().signalId;
+  const std::uint32_t signalId = this->m_cmdValues.get().signalId;
   if (rt_data::RtSignals::isValidId(signalId)) {
     return CmdResult::Okay;
   }

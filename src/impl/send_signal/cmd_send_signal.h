@@ -2,44 +2,31 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
-#include <vector>
 
 #include "comm/datalayer/variant.h"
-#include "impl/command/kavo_cmd.h"
+#include "impl/command/cmd_groups.h"
+#include "impl/command/generic_buffered_cmd.h"
 #include "impl/send_signal/send_signal_pars.h"
-#include "motion/core/cmd/cmd_id.h"
-#include "motion/core/i_motion_ext.h"
 
 namespace motion::kavo::cmd {
 
 enum class SignalAction : std::uint32_t { SET = 0, RESET = 1 };
 
 template <core::ObjectType OBJECT_TYPE, SignalAction ACTION>
-class CmdSendSignal : public KavoCmd<OBJECT_TYPE> {
+class CmdSendSignal : public GenericBufferedCmd<CmdSendSignal<OBJECT_TYPE, ACTION>, job::SendSignalJobPars, OBJECT_TYPE> {
  public:
-  explicit CmdSendSignal(core::IObjFactory& objFactory);
+  using GenericBufferedCmd<CmdSendSignal, job::SendSignalJobPars, OBJECT_TYPE>::GenericBufferedCmd;
 
-  /// Registers and unregisters the job and the command; see registerCommand. [framework]
-  [[nodiscard]] static core::cmd::CmdResult registerCmd(const core::IMotionExt& extIf, const std::string& schemaDir);
-  [[nodiscard]] static core::cmd::CmdResult unregisterCmd(const core::IMotionExt& extIf);  ///< [framework]
   /// What the host's command factory calls. [prepare]
-  static core::cmd::CmdResult onCreate(core::IObjFactory& factory, bool buffered, core::cmd::CmdGeneric<OBJECT_TYPE>*& cmd,
-                                       std::string& errText);
-  static core::cmd::CmdResult onMarshal(const comm::datalayer::Variant* data, core::IContainer*& container,
-                                        bool& owned);  ///< [prepare]
-  /// The first call, at registration, may throw std::bad_alloc. [framework] [prepare]
-  [[nodiscard]] static const core::cmd::CmdId& getCmdId();
-  [[nodiscard]] static const char* getStaticName() noexcept;  ///< [any]
+  static core::cmd::CmdResult onMarshal(const comm::datalayer::Variant* data, core::IContainer*& container, bool& owned);
 
-  [[nodiscard]] std::vector<std::string> getJobNames() const override;
   core::cmd::CmdResult onSetCmdValues(const core::IContainer* cmdValues, const core::dia::CmdSourceInfo& source,
                                       core::IObj* obj, bool flag) override;
-  core::cmd::CmdResult onRegisterJobListsInputs(core::job::IJobDataHandler& handler) override;
   core::cmd::CmdResult onValidate(const core::dia::CmdSourceInfo& source, core::dia::IDia* dia) override;
 
- private:
-  job::SendSignalJobPars m_cmdValues;
+  [[nodiscard]] static const CmdDefinition& define() noexcept;  ///< [any]
+  static constexpr const char* GROUPS[] = {GROUP_SEND_SIGNAL, nonMotionGroup(OBJECT_TYPE)};
+  static constexpr auto MARSHAL = &onMarshal;
 };
 
 extern template class CmdSendSignal<core::ObjectType::AXIS, SignalAction::SET>;

@@ -49,7 +49,7 @@ template <JobObjSendSignalUser USER>
 JobResult JobObjSendSignal<USER>::addJobsToJoblist(core::job::IJobList* list, core::job::JobListTypes type) {
   m_isExecuted = false;
   return addCyclicJob(
-      *list, type, [this] { return execute(); }, getID());
+      list, type, [this] { return execute(); }, getID());
 }
 
 template <JobObjSendSignalUser USER>

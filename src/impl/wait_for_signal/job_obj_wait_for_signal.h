@@ -1,34 +1,27 @@
 // The job of the command WaitForSignal.
 #pragma once
 
-#include <string>
+#include <span>
 
-#include "impl/rt_signals.h"
+#include "impl/call_site.h"
+#include "impl/command/wait_job.h"
 #include "impl/wait_for_signal/wait_for_signal_pars.h"
-#include "motion/core/job/job_object_base.h"
 
 namespace motion::kavo::job {
 
-/// Keeps nothing from one cycle to the next, so that nothing has to be undone when the command is aborted.
-class JobObjWaitForSignal : public core::job::JobObjectBase {
+class JobObjWaitForSignal
+    : public WaitJobObject<JobObjWaitForSignal, core::NamedType<WaitForSignalJobParsT, WaitForSignalJobPars___t>> {
  public:
+  static constexpr CallSite SITE = KAVO_SITE;
   static constexpr const char* JOB_NAME = "ext_job_obj_wait_for_signal";
+  static constexpr bool AWAITED = true;
 
-  JobObjWaitForSignal();
-
-  [[nodiscard]] core::IAmCreatable* createNew() const override;
-  [[nodiscard]] const char* getID() const override;
-  core::job::JobResult addJobsToJoblist(core::job::IJobList* list, core::job::JobListTypes type) override;
-  core::job::JobResult registerInputs(core::job::IJobDataHandler* handler) override;
-  [[nodiscard]] std::string getJobString() const override;
-
- private:
-  /// The job itself. [cyclic & real-time]
-  core::job::JobResult execute() const noexcept;
-
-  /// What the command offers, null before registerInputs.
-  const core::NamedType<WaitForSignalJobParsT, WaitForSignalJobPars___t>* m_jobData = nullptr;
-  rt_data::RtSignals* m_rtSignals;
+  [[nodiscard]] static constexpr bool consumes(const WaitForSignalJobParsT& parameters) noexcept {
+    return parameters.autoReset;
+  }
+  static void describe(const WaitForSignalJobParsT& parameters, std::span<char> text) noexcept;
 };
+
+extern template class WaitJobObject<JobObjWaitForSignal, core::NamedType<WaitForSignalJobParsT, WaitForSignalJobPars___t>>;
 
 }  // namespace motion::kavo::job

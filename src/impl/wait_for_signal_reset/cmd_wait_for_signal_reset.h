@@ -1,42 +1,24 @@
 // The command WaitForSignalReset: holds an object's command buffer until a signal is reset.
 #pragma once
 
-#include <string>
-#include <vector>
-
 #include "comm/datalayer/variant.h"
-#include "impl/command/kavo_cmd.h"
+#include "impl/command/wait_cmd.h"
 #include "impl/wait_for_signal_reset/wait_for_signal_reset_pars.h"
-#include "motion/core/cmd/cmd_id.h"
-#include "motion/core/i_motion_ext.h"
 
 namespace motion::kavo::cmd {
 
 template <core::ObjectType OBJECT_TYPE>
-class CmdWaitForSignalReset : public KavoCmd<OBJECT_TYPE> {
+class CmdWaitForSignalReset
+    : public WaitCmd<CmdWaitForSignalReset<OBJECT_TYPE>, job::WaitForSignalResetJobPars, OBJECT_TYPE> {
  public:
-  explicit CmdWaitForSignalReset(core::IObjFactory& objFactory);
+  using WaitCmd<CmdWaitForSignalReset, job::WaitForSignalResetJobPars, OBJECT_TYPE>::WaitCmd;
 
-  /// Registers and unregisters the job and the command; see registerCommand. [framework]
-  [[nodiscard]] static core::cmd::CmdResult registerCmd(const core::IMotionExt& extIf, const std::string& schemaDir);
-  [[nodiscard]] static core::cmd::CmdResult unregisterCmd(const core::IMotionExt& extIf);  ///< [framework]
   /// What the host's command factory calls. [prepare]
-  static core::cmd::CmdResult onCreate(core::IObjFactory& factory, bool buffered, core::cmd::CmdGeneric<OBJECT_TYPE>*& cmd,
-                                       std::string& errText);
-  static core::cmd::CmdResult onMarshall(const comm::datalayer::Variant* data, core::IContainer*& container,
-                                         bool& owned);  ///< [prepare]
-  /// The first call, at registration, may throw std::bad_alloc. [framework] [prepare]
-  [[nodiscard]] static const core::cmd::CmdId& getCmdId();
-  [[nodiscard]] static const char* getStaticName() noexcept;  ///< [any]
+  static core::cmd::CmdResult onMarshall(const comm::datalayer::Variant* data, core::IContainer*& container, bool& owned);
 
-  [[nodiscard]] std::vector<std::string> getJobNames() const override;
-  core::cmd::CmdResult onSetCmdValues(const core::IContainer* cmdValues, const core::dia::CmdSourceInfo& source,
-                                      core::IObj* obj, bool flag) override;
-  core::cmd::CmdResult onRegisterJobListsInputs(core::job::IJobDataHandler& handler) override;
-  core::cmd::CmdResult onValidate(const core::dia::CmdSourceInfo& source, core::dia::IDia* dia) override;
-
- private:
-  job::WaitForSignalResetJobPars m_cmdValues;
+  [[nodiscard]] static const CmdDefinition& define() noexcept;  ///< [any]
+  static constexpr auto MARSHAL = &onMarshall;
+  static constexpr const char* WRONG_PARAMETERS = "CmdWaitForSignalResetPars::safeCast(cmdValues) failed";
 };
 
 extern template class CmdWaitForSignalReset<core::ObjectType::AXIS>;

@@ -1,34 +1,27 @@
 // The job of the command WaitForSignalReset.
 #pragma once
 
-#include <string>
+#include <span>
 
-#include "impl/rt_signals.h"
+#include "impl/call_site.h"
+#include "impl/command/wait_job.h"
 #include "impl/wait_for_signal_reset/wait_for_signal_reset_pars.h"
-#include "motion/core/job/job_object_base.h"
 
 namespace motion::kavo::job {
 
-/// Keeps nothing from one cycle to the next, so that nothing has to be undone when the command is aborted.
-class JobObjWaitForSignalReset : public core::job::JobObjectBase {
+class JobObjWaitForSignalReset
+    : public WaitJobObject<JobObjWaitForSignalReset,
+                           core::NamedType<WaitForSignalResetJobParsT, WaitForSignalResetJobPars___t>> {
  public:
+  static constexpr CallSite SITE = KAVO_SITE;
   static constexpr const char* JOB_NAME = "ext_job_obj_wait_for_signal_reset";
+  static constexpr bool AWAITED = false;
 
-  JobObjWaitForSignalReset();
-
-  [[nodiscard]] core::IAmCreatable* createNew() const override;
-  [[nodiscard]] const char* getID() const override;
-  core::job::JobResult addJobsToJoblist(core::job::IJobList* list, core::job::JobListTypes type) override;
-  core::job::JobResult registerInputs(core::job::IJobDataHandler* handler) override;
-  [[nodiscard]] std::string getJobString() const override;
-
- private:
-  /// The job itself. [cyclic & real-time]
-  core::job::JobResult execute() const noexcept;
-
-  /// What the command offers, null before registerInputs.
-  const core::NamedType<WaitForSignalResetJobParsT, WaitForSignalResetJobPars___t>* m_jobData = nullptr;
-  rt_data::RtSignals* m_rtSignals;
+  [[nodiscard]] static constexpr bool consumes(const WaitForSignalResetJobParsT& /*parameters*/) noexcept { return false; }
+  static void describe(const WaitForSignalResetJobParsT& parameters, std::span<char> text) noexcept;
 };
+
+extern template class WaitJobObject<JobObjWaitForSignalReset,
+                                    core::NamedType<WaitForSignalResetJobParsT, WaitForSignalResetJobPars___t>>;
 
 }  // namespace motion::kavo::job

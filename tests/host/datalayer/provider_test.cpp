@@ -7,13 +7,13 @@
 #include <string>
 
 #include "host/datalayer/data_layer.h"
-#include "real_time_guard.h"
+#include "support/fake_allocation.h"
 
 namespace motion::host::datalayer {
 namespace {
 
 using namespace comm::datalayer;
-using test::failsDuring;
+using motion::test::failsDuring;
 
 constexpr const char* ENDPOINT = "inproc:///tmp/datalayer/backend";
 const std::string ADDRESS = "motion/state/functions/kavo/signals/*";
@@ -115,15 +115,15 @@ TEST_F(ProviderTest, DeletionWithdrawsItsRegistrationsAndLeavesTheOthers) {
 
 TEST_F(ProviderTest, FailedAllocationRegistersNothing) {
   auto& sut = *m_sut;
-  int number = 0;
+  int number = 1;
   for (bool hasFailed = true; hasFailed; ++number) {
     DlResult ofType;
     hasFailed = failsDuring(number, [&] { ofType = sut.registerType(ADDRESS, m_type); });
     ASSERT_EQ(ofType, hasFailed ? DL_OUT_OF_MEMORY : DL_OK) << number;
   }
-  EXPECT_GT(number, 3) << "value, address, place in the map";
+  EXPECT_GT(number, 4) << "value, address, place in the map";
   DlResult ofNode;
-  EXPECT_TRUE(failsDuring(0, [&] { ofNode = sut.registerNode(ADDRESS, &m_node); }));
+  EXPECT_TRUE(failsDuring(1, [&] { ofNode = sut.registerNode(ADDRESS, &m_node); }));
   EXPECT_EQ(ofNode, DL_OUT_OF_MEMORY);
   EXPECT_EQ(sut.unregisterNode(ADDRESS), DL_INVALID_ADDRESS);
 }

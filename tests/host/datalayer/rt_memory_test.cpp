@@ -11,16 +11,17 @@
 
 #include "host/datalayer/data_layer.h"
 #include "memory_maps.h"
-#include "real_time_guard.h"
+#include "support/fake_allocation.h"
+#include "support/realtime_guard.h"
 
 namespace motion::host::datalayer {
 namespace {
 
 using namespace comm::datalayer;
-using test::failsDuring;
+using motion::test::failsDuring;
+using motion::test::Violations;
+using motion::test::violationsOf;
 using test::memoryMap;
-using test::Violations;
-using test::violationsOf;
 
 constexpr std::uint32_t SIZE = 4;
 constexpr const char* ADDRESS = "memory";
@@ -162,12 +163,12 @@ TEST_F(RtMemoryTest, DamagedMapsAreRefused) {
 TEST_F(RtMemoryTest, FailedAllocationOfAMapChangesNothing) {
   const auto map = memoryMap({{"a", 0, 8}}, 3);
   DlResult result;
-  ASSERT_TRUE(failsDuring(0, [&] { result = m_owner->setMemoryMap(map); }));
+  ASSERT_TRUE(failsDuring(1, [&] { result = m_owner->setMemoryMap(map); }));
   EXPECT_EQ(result, DL_OUT_OF_MEMORY);
   EXPECT_EQ(begin(*m_user, 0), DL_OK);
   ASSERT_EQ(m_owner->setMemoryMap(map), DL_OK);
   Variant copy;
-  ASSERT_TRUE(failsDuring(0, [&] { result = m_user->getMemoryMap(copy); }));
+  ASSERT_TRUE(failsDuring(1, [&] { result = m_user->getMemoryMap(copy); }));
   EXPECT_EQ(result, DL_OUT_OF_MEMORY);
   EXPECT_EQ(copy.getType(), VariantType::UNKNOWN);
 }

@@ -135,8 +135,17 @@ TEST_F(CmdFrameTest, saysWhichJobObjectIsMissing) {
 
 TEST_F(CmdFrameTest, saysWhichJobObjectMissesItsData) {
   script.publishes = false;
-  EXPECT_TRUE(core::isFailure(sut.build(factory, problem)));
+  EXPECT_EQ(sut.build(factory, problem), CmdResult::JobRegistrationFailed);
   EXPECT_EQ(problem, "job object 'test_job' could not register its data: 0xF0000020");
+}
+
+TEST_F(CmdFrameTest, asksNoFurtherWhenAJobObjectCouldNotRegisterItsOutputs) {
+  std::vector<std::string> operations;
+  script.at = [&operations](std::string_view operation) { operations.emplace_back(operation); };
+  script.outputsResult = JobResult::DataAlreadyPublished;
+  EXPECT_EQ(sut.build(factory, problem), CmdResult::JobRegistrationFailed);
+  EXPECT_EQ(problem, "job object 'test_job' could not register its data: 0xF0000021");
+  EXPECT_EQ(operations.back(), "registerOutputs");
 }
 
 TEST_F(CmdFrameTest, saysThatTheCommandRefusedItsData) {
@@ -160,7 +169,7 @@ TEST_F(CmdFrameTest, saysWhichJobObjectCouldNotAddItsJobs) {
   std::unique_ptr<core::IAmCreatable> prototype = std::make_unique<LostJob>();
   factory.registerObj(prototype, 0);
   script.jobNames = {"lost"};
-  EXPECT_TRUE(core::isFailure(sut.build(factory, problem)));
+  EXPECT_EQ(sut.build(factory, problem), CmdResult::JobRegistrationFailed);
   EXPECT_EQ(problem, "job object 'lost' could not add its jobs: 0xF0000022");
 }
 

@@ -62,5 +62,14 @@ TEST(DiaLogTest, cutsAVeryLongText) {
   EXPECT_EQ(sut.latestText(), std::string(511, 'x'));
 }
 
+TEST(DiaLogTest, keepsADiagnosisWithoutAPlace) {
+  DiaLog sut;
+  sut.report(1, 1, SOURCE, {nullptr, nullptr, 0}, "text");
+  const auto all = sut.all();
+  ASSERT_EQ(all.size(), 1U);
+  EXPECT_EQ(all[0].file, "");
+  EXPECT_EQ(all[0].function, "");
+}
+
 }  // namespace
 }  // namespace motion::host

@@ -164,10 +164,10 @@ TEST_F(MotionObjectTest, anEventOfAFailureCarriesTheJobsResult) {
 /// What a listener is told of commands that have ended.
 class FailureListener : public ICmdListener {
  public:
-  void onBuffered(const CmdFrame& /*frame*/, std::uint64_t /*cycle*/) override {}
-  void onPrepared(const CmdFrame& /*frame*/, std::uint64_t /*cycle*/) override {}
-  void onDropped(const CmdFrame& /*frame*/, std::uint64_t /*cycle*/) override {}
-  void onRetired(const CmdFrame& frame) override {
+  void onBuffered(const CmdFrame& /*frame*/, std::uint64_t /*cycle*/) noexcept override {}
+  void onPrepared(const CmdFrame& /*frame*/, std::uint64_t /*cycle*/) noexcept override {}
+  void onDropped(const CmdFrame& /*frame*/, std::uint64_t /*cycle*/) noexcept override {}
+  void onRetired(const CmdFrame& frame) noexcept override {
     state = frame.getCmdState();
     failedJob = frame.failure.failedJob != nullptr ? frame.failure.failedJob : "";
     result = frame.failure.result;

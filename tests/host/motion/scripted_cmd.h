@@ -49,6 +49,7 @@ struct Script {
   core::cmd::CmdResult setResult = core::cmd::CmdResult::Okay;
   core::cmd::CmdResult validateResult = core::cmd::CmdResult::Okay;
   core::cmd::CmdResult inputsResult = core::cmd::CmdResult::Okay;
+  core::job::JobResult outputsResult = core::job::JobResult::NoEffect;
   core::cmd::CmdResult activateResult = core::cmd::CmdResult::Okay;
   std::string createText;
   std::string diagnosis;  ///< what validation reports; empty = nothing
@@ -94,7 +95,7 @@ class ScriptedJob : public core::job::JobObjectBase {
   [[nodiscard]] const char* getID() const override { return "test_job"; }
   core::job::JobResult registerOutputs(core::job::IJobDataHandler* /*handler*/) override {
     m_script.at("registerOutputs");
-    return core::job::JobResult::NoEffect;
+    return m_script.outputsResult;
   }
   core::job::JobResult registerInputs(core::job::IJobDataHandler* handler) override {
     m_script.at("registerInputs");
@@ -152,7 +153,7 @@ class ScriptedCmd : public core::cmd::CmdGeneric<TYPE> {
     --m_script.commandsAlive;
   }
 
-  [[nodiscard]] std::vector<std::string> getJobNames() const override {
+  [[nodiscard]] const std::vector<std::string>& getJobNames() const override {
     m_script.at("getJobNames");
     return m_script.jobNames;
   }
@@ -171,7 +172,7 @@ class ScriptedCmd : public core::cmd::CmdGeneric<TYPE> {
     m_script.at("onRegisterJobListsInputs");
     if (m_script.publishes &&
         core::isFailure(handler.registerPublish(JobLabel::getMyID(), SectionMgr::CMD_DATA, "test", &m_label))) {
-      return CmdResult::Refused;
+      return CmdResult::JobRegistrationFailed;
     }
     return m_script.inputsResult;
   }

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <memory>
 
 namespace motion::host {
@@ -48,6 +49,13 @@ TEST(UnitHelperTest, takesTheFactorFromTheSettingsThatItIsGiven) {
   inches.entries[0] = {"in", 0.0254};
   EXPECT_DOUBLE_EQ(sut.toInternal(inches, UnitEntry::LENGTH, 10.0), 0.254);
   EXPECT_DOUBLE_EQ(sut.toUser(inches, UnitEntry::LENGTH, 0.254), 10.0);
+}
+
+TEST(UnitHelperTest, hasNoNumberForAnEntryThatUnitsDoNotHave) {
+  const UnitHelper sut;
+  const auto beyond = static_cast<UnitEntry>(core::UNIT_ENTRY_COUNT);
+  EXPECT_TRUE(std::isnan(sut.toInternal(UnitHelper::defaultSettings(), beyond, 1.0)));
+  EXPECT_TRUE(std::isnan(sut.toUser(UnitHelper::defaultSettings(), beyond, 1.0)));
 }
 
 TEST(UnitHelperTest, isAHelperThatCanBeCloned) {

@@ -13,8 +13,8 @@
 #include <thread>
 #include <vector>
 
-#include "../datalayer/real_time_guard.h"
 #include "recording_writer.h"
+#include "support/fake_allocation.h"
 
 namespace motion::host::trace {
 namespace {
@@ -97,17 +97,18 @@ TEST_F(TraceServiceTest, FailuresAreNegative) {
 TEST_F(TraceServiceTest, FailedAllocationRegistersNothing) {
   auto& sut = *m_sut;
   const char* const name = "a unit whose name needs an allocation of its own";
-  int count = 0;
+  int count = 1;
   for (bool hasFailed = true; hasFailed; ++count) {
     std::int32_t result = OK;
-    hasFailed = test::failsDuring(count, [&] { result = sut.registerUnit(&m_sink, name, {}); });
+    hasFailed = motion::test::failsDuring(count, [&] { result = sut.registerUnit(&m_sink, name, {}); });
     ASSERT_EQ(result, hasFailed ? number(RegistrationResult::OUT_OF_MEMORY) : OK) << count;
     ASSERT_EQ(m_sink == nullptr, hasFailed) << count;
     ASSERT_EQ(sut.unitCount(), hasFailed ? 0U : 1U) << count;
   }
-  EXPECT_GT(count, 3) << "name, place in the map, sink";
+  EXPECT_GT(count, 4) << "name, place in the map, sink";
   std::int32_t result = OK;
-  ASSERT_TRUE(test::failsDuring(0, [&] { result = sut.setLevels("another unit whose name needs an allocation", {}); }));
+  ASSERT_TRUE(
+      motion::test::failsDuring(1, [&] { result = sut.setLevels("another unit whose name needs an allocation", {}); }));
   EXPECT_EQ(result, number(RegistrationResult::OUT_OF_MEMORY));
 }
 

@@ -1,5 +1,6 @@
 // The sink of a unit: what an entry holds, what is refused, and that a call is real-time.
 #include "host/trace/unit_sink.h"
+#include "support/realtime_guard.h"
 
 #include <gmock/gmock.h>
 
@@ -8,16 +9,14 @@
 #include <string>
 #include <vector>
 
-#include "../datalayer/real_time_guard.h"
-
 namespace motion::host::trace {
 namespace {
 
 using common::log::trace::LogParameters;
 using common::log::trace::LogParametersExtended;
 using common::log::trace::TraceResult;
-using test::Violations;
-using test::violationsOf;
+using motion::test::Violations;
+using motion::test::violationsOf;
 
 constexpr unsigned int CODE = 0x090A0FFC;
 

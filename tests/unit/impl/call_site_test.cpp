@@ -28,5 +28,16 @@ TEST(CallSiteTest, IsThePlaceWhereItIsWritten) {
   EXPECT_STREQ(sut.unit, "tests/unit/impl/call_site_test") << "the same wherever the project was checked out";
 }
 
+constexpr CallSite OUTSIDE_OF_FUNCTIONS = KAVO_SITE;
+constexpr auto LINE_OUTSIDE_OF_FUNCTIONS = static_cast<unsigned int>(__LINE__ - 1);
+
+TEST(CallSiteTest, MayStandForAnOperationThatIsWrittenElsewhere) {
+  const CallSite sut = OUTSIDE_OF_FUNCTIONS.as("onCreate");
+  EXPECT_EQ(sut.line, LINE_OUTSIDE_OF_FUNCTIONS);
+  EXPECT_STREQ(sut.function, "onCreate");
+  EXPECT_STREQ(sut.unit, "tests/unit/impl/call_site_test");
+  EXPECT_STREQ(OUTSIDE_OF_FUNCTIONS.function, "");
+}
+
 }  // namespace
 }  // namespace motion::kavo

@@ -61,7 +61,7 @@ TEST_F(CmdAxisMoveTest, publishesItsParametersInInternalUnits) {
     EXPECT_DOUBLE_EQ(pars.target, 0.25);
     EXPECT_DOUBLE_EQ(pars.velocity, 0.5);
     EXPECT_DOUBLE_EQ(pars.acceleration, 2.0);
-    EXPECT_EQ(cmd->onRegisterJobListsInputs(handler), CmdResult::Refused) << "somebody publishes that already";
+    EXPECT_EQ(cmd->onRegisterJobListsInputs(handler), CmdResult::JobRegistrationFailed) << "somebody publishes that already";
   }
 }
 

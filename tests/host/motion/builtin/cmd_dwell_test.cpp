@@ -40,7 +40,7 @@ TEST_F(CmdDwellTest, publishesItsTime) {
   core::IContainer* data = nullptr;
   ASSERT_EQ(handler.registerRead(DwellJobPars::getMyID(), SectionMgr::CMD_DATA, 1, "test", data), JobResult::NoEffect);
   EXPECT_EQ(DwellJobPars::safeCast(data)->get().time, 1.25);
-  EXPECT_EQ(sut.onRegisterJobListsInputs(handler), CmdResult::Refused) << "somebody publishes that already";
+  EXPECT_EQ(sut.onRegisterJobListsInputs(handler), CmdResult::JobRegistrationFailed) << "somebody publishes that already";
 }
 
 TEST_F(CmdDwellTest, refusesParametersOfAnotherTypeAndNoObject) {

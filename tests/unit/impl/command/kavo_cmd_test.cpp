@@ -75,6 +75,8 @@ TEST_P(KavoCmdTest, StillRefusesWithoutMemory) {
 TEST_P(KavoCmdTest, NeedsItsOneJob) {
   const auto sut = create();
   EXPECT_THAT(sut->getJobNames(), ElementsAre(GetParam().expected.job));
+  const auto other = create();
+  EXPECT_EQ(&sut->getJobNames(), &other->getJobNames()) << "one list for all commands of a kind, made once";
 }
 
 TEST_P(KavoCmdTest, HasTheNumbersOfItsTypeOfObject) {
@@ -86,7 +88,7 @@ TEST_P(KavoCmdTest, HasTheNumbersOfItsTypeOfObject) {
 TEST_P(KavoCmdTest, HasItsOperationsInOrder) {
   auto sut = create();
   void* const object = sut.get();
-  EXPECT_THAT(callSlot<std::vector<std::string>>(object, 2), ElementsAre(GetParam().expected.job));
+  EXPECT_THAT(callSlot<const std::vector<std::string>&>(object, 2), ElementsAre(GetParam().expected.job));
   EXPECT_TRUE(
       core::isFailure((callSlot<CmdResult, const core::IContainer*, const core::dia::CmdSourceInfo&, core::IObj*, bool>(
           object, 3, nullptr, m_source, nullptr, false))));
@@ -106,7 +108,10 @@ class ProbeCmd : public CmdGeneric<core::ObjectType::AXIS> {
  public:
   explicit ProbeCmd(core::IObjFactory& factory) : CmdGeneric("probe", true, factory) {}
 
-  std::vector<std::string> getJobNames() const override { return {"2"}; }
+  const std::vector<std::string>& getJobNames() const override {
+    static const std::vector<std::string> names{"2"};
+    return names;
+  }
   CmdResult onSetCmdValues(const core::IContainer* /*cmdValues*/, const core::dia::CmdSourceInfo& /*source*/,
                            core::IObj* /*obj*/, bool /*flag*/) override {
     m_called = "onSetCmdValues";
@@ -164,7 +169,7 @@ TEST_F(CommandTest, HasTheOperationsOfACommandInOrder) {
     callSlot<void, const void*, const void*, const void*, bool>(&sut, slot, nullptr, nullptr, nullptr, false);
     EXPECT_EQ(sut.m_called, operation) << slot;
   };
-  EXPECT_THAT(callSlot<std::vector<std::string>>(&sut, 2), ElementsAre("2"));
+  EXPECT_THAT(callSlot<const std::vector<std::string>&>(&sut, 2), ElementsAre("2"));
   expect(3, "onSetCmdValues");
   EXPECT_EQ(callSlot<std::uint32_t>(&sut, 4), 4U);
   expect(5, "onRegisterJobListsInputs");

@@ -1,8 +1,8 @@
 // The commands SetSignal and ResetSignal: taking over and checking their parameters.
 #include "impl/send_signal/cmd_send_signal.h"
 
+#include "command/cmd_values_fixture.h"
 #include "impl/wait_for_signal/wait_for_signal_pars.h"
-#include "impl_fixture.h"
 
 namespace motion::kavo::cmd {
 namespace {
@@ -20,26 +20,7 @@ struct ActionOf<CmdSendSignal<OBJECT_TYPE, ACTION>> {
 };
 
 template <typename COMMAND>
-class CmdSendSignalTest : public CommandTest {
- protected:
-  [[nodiscard]] CmdResult set(const core::IContainer* values) {
-    return m_sut.onSetCmdValues(values, m_source, nullptr, false);
-  }
-  [[nodiscard]] CmdResult set(std::uint32_t signalId) {
-    const CmdSendSignalPars values(CmdSendSignalParsT{signalId});
-    return set(&values);
-  }
-  /// What the command offers its job.
-  [[nodiscard]] job::SendSignalJobParsT offered() {
-    m_handler.m_published.clear();
-    EXPECT_EQ(m_sut.onRegisterJobListsInputs(m_handler), CmdResult::Okay);
-    const auto& container = m_handler.m_published.at({job::SendSignalJobPars::getMyID(), cmdDataSection()});
-    const auto* const record = job::SendSignalJobPars::safeCast(static_cast<const core::IContainer*>(container));
-    return record != nullptr ? record->get() : job::SendSignalJobParsT{0xFFFFFFFF, false};
-  }
-
-  COMMAND m_sut{m_host.objFactory};
-};
+class CmdSendSignalTest : public CmdValuesTest<COMMAND, CmdSendSignalPars, job::SendSignalJobPars> {};
 
 using Commands = testing::Types<
     CmdSendSignal<ObjectType::AXIS, SignalAction::SET>, CmdSendSignal<ObjectType::KINEMATICS, SignalAction::SET>,
@@ -69,24 +50,14 @@ TYPED_TEST(CmdSendSignalTest, RefusesNoParameters) {
 }
 
 TYPED_TEST(CmdSendSignalTest, RefusesParametersOfAnotherType) {
-  ASSERT_EQ(this->set(42), CmdResult::Okay);
   const job::SendSignalJobPars jobPars(job::SendSignalJobParsT{1, false});
   const job::WaitForSignalJobPars waitPars(job::WaitForSignalJobParsT{1, false});
-  EXPECT_EQ(core::toCode(this->set(&jobPars)), 0xF011000EU);
-  EXPECT_EQ(core::toCode(this->set(&waitPars)), 0xF011000EU);
-  const std::string expected = "Error cmd_send_signal onSetCmdValues: SendSignalJobUser::safeCast(cmdValues) failed";
-  EXPECT_THAT(this->traces(), ElementsAre(expected, expected));
-  EXPECT_EQ(this->m_host.traceSink.entries()[0].format, "%s");
-  EXPECT_EQ(this->offered().signalId, 42U);
+  this->expectRefused({&jobPars, &waitPars},
+                      "Error cmd_send_signal onSetCmdValues: SendSignalJobUser::safeCast(cmdValues) failed");
 }
 
 TYPED_TEST(CmdSendSignalTest, AcceptsASignalThatExists) {
-  for (const std::uint32_t id : {0U, 99U}) {
-    ASSERT_EQ(this->set(id), CmdResult::Okay);
-    EXPECT_EQ(this->m_sut.onValidate(this->m_source, &this->m_dia), CmdResult::Okay);
-  }
-  EXPECT_THAT(this->m_dia.m_reports, IsEmpty());
-  EXPECT_THAT(this->traces(), IsEmpty());
+  this->expectSignalsThatExistAccepted();
 }
 
 TYPED_TEST(CmdSendSignalTest, ReportsASignalThatDoesNotExist) {

@@ -1,7 +1,7 @@
 // The job that sets or resets a signal, of a command and of a command option.
 #include "impl/send_signal/job_obj_send_signal.h"
 
-#include "impl_fixture.h"
+#include "command/job_inputs_fixture.h"
 
 namespace motion::kavo::job {
 namespace {
@@ -221,47 +221,27 @@ TYPED_TEST(JobObjSendSignalTest, TracesBadParametersWithoutADiagnosis) {
                                           "Error job_obj_send_signal checkParameter: jobData->signalId: 100"));
 }
 
-class CmdJobInputsTest : public JobObjSendSignalTest<CmdJob> {};
+class CmdJobInputsTest : public JobInputsTest<CmdJob, SendSignalJobPars> {};
 
 TEST_F(CmdJobInputsTest, CopiesWhatTheCommandOffers) {
-  auto offered = record(42, true);
-  m_handler.m_published[{SendSignalJobPars::getMyID(), cmdDataSection()}] = &offered;
-  EXPECT_EQ(m_sut.registerInputs(&m_handler), JobResult::NoEffect);
-  EXPECT_THAT(m_host.calls.all(), ElementsAre(fmt::format("handler.registerRead({}, {}, 1, registerInputs)",
-                                                          SendSignalJobPars::getMyID(), cmdDataSection())));
+  offer({42, true});
+  expectOneRead();
   EXPECT_EQ(m_sut.getJobString(), "resetSignal(42)");
-  offered.set({1, false});
+  m_offered.set({1, false});
   EXPECT_EQ(m_sut.getJobString(), "resetSignal(42)") << "it is a copy";
-  EXPECT_THAT(traces(), IsEmpty());
 }
 
 TEST_F(CmdJobInputsTest, PassesTheFailureToReadOn) {
-  for (const std::uint32_t code : {0xF0000020U, 0xF0000022U}) {
-    forget();
-    m_host.calls.failNothing();
-    m_host.calls.fail("handler.registerRead", code);
-    EXPECT_EQ(core::toCode(m_sut.registerInputs(&m_handler)), code);
-    EXPECT_THAT(traces(),
-                ElementsAre(fmt::format("Error job_obj_send_signal registerInputs: SendSignalJobPars::registerRead "
-                                        "failed with {}",
-                                        static_cast<std::int32_t>(code))));
-    EXPECT_EQ(m_host.traceSink.entries()[0].format, "SendSignalJobPars::registerRead failed with %d");
-  }
+  expectFailuresPassedOn("job_obj_send_signal", "SendSignalJobPars::registerRead failed with %d");
   EXPECT_EQ(m_sut.getJobString(), "setSignal(0)");
 }
 
 TEST_F(CmdJobInputsTest, RefusesARecordOfAnotherTypeAndNone) {
-  cmd::CmdSendSignalPars other(cmd::CmdSendSignalParsT{1});
-  for (core::IContainer* offered : {static_cast<core::IContainer*>(&other), static_cast<core::IContainer*>(nullptr)}) {
-    m_handler.m_published[{SendSignalJobPars::getMyID(), cmdDataSection()}] = offered;
-    EXPECT_TRUE(core::isFailure(m_sut.registerInputs(&m_handler)));
-    EXPECT_EQ(m_sut.getJobString(), "setSignal(0)");
-  }
+  expectOtherRecordsAndNoneRefused("setSignal(0)");
 }
 
 TEST_F(CmdJobInputsTest, AnswersAnExceptionOfTheHostWithAFailure) {
-  m_host.calls.fail("handler.registerRead", test::FakeCalls::THROW);
-  EXPECT_TRUE(core::isFailure(m_sut.registerInputs(&m_handler)));
+  expectFailureOnException();
 }
 
 class OptionJobInputsTest : public JobObjSendSignalTest<OptionJob> {};

@@ -1,88 +1,44 @@
 // The command WaitForSignal: taking over and checking its parameters.
 #include "impl/wait_for_signal/cmd_wait_for_signal.h"
 
-#include "impl/send_signal/send_signal_pars.h"
+#include "command/wait_cmd_tests.h"
 #include "impl/wait_for_signal_reset/wait_for_signal_reset_pars.h"
-#include "impl_fixture.h"
 
 namespace motion::kavo::cmd {
 namespace {
 
 using core::ObjectType;
 using core::cmd::CmdResult;
-using testing::ElementsAre;
-using testing::IsEmpty;
 
-template <typename COMMAND>
-class CmdWaitForSignalTest : public CommandTest {
- protected:
-  [[nodiscard]] CmdResult setValues(const core::IContainer* values) {
-    return m_sut.onSetCmdValues(values, m_source, nullptr, false);
-  }
-  [[nodiscard]] CmdResult set(std::uint32_t signalId, bool autoReset = false) {
-    const job::WaitForSignalJobPars values(job::WaitForSignalJobParsT{signalId, autoReset});
-    return setValues(&values);
-  }
-  /// What the command offers its job.
-  [[nodiscard]] job::WaitForSignalJobParsT offered() {
-    m_handler.m_published.clear();
-    EXPECT_EQ(m_sut.onRegisterJobListsInputs(m_handler), CmdResult::Okay);
-    const core::IContainer* const container =
-        m_handler.m_published.at({job::WaitForSignalJobPars::getMyID(), cmdDataSection()});
-    const auto* const record = job::WaitForSignalJobPars::safeCast(container);
-    return record != nullptr ? record->get() : job::WaitForSignalJobParsT{0xFFFFFFFF, false};
-  }
-
-  COMMAND m_sut{m_host.objFactory};
+template <ObjectType OBJECT_TYPE>
+struct WaitForSignalCase {
+  using Command = CmdWaitForSignal<OBJECT_TYPE>;
+  using Record = job::WaitForSignalJobPars;
+  using OtherRecord = job::WaitForSignalResetJobPars;
+  static constexpr const char* WRONG_PARAMETERS =
+      "Error cmd_wait_for_signal onSetCmdValues: CmdWaitForSignalPars::safeCast(cmdValues) failed";
+  static constexpr const char* INVALID_SIGNAL =
+      "Error cmd_wait_for_signal onValidate: m_cmdValues.signalId (=100) is not valid";
 };
 
-using Commands = testing::Types<CmdWaitForSignal<ObjectType::AXIS>, CmdWaitForSignal<ObjectType::KINEMATICS>>;
-TYPED_TEST_SUITE(CmdWaitForSignalTest, Commands);
+using Cases = testing::Types<WaitForSignalCase<ObjectType::AXIS>, WaitForSignalCase<ObjectType::KINEMATICS>>;
+INSTANTIATE_TYPED_TEST_SUITE_P(WaitForSignal, WaitCmdTest, Cases);
 
-TYPED_TEST(CmdWaitForSignalTest, OffersEmptyParametersAtFirst) {
-  EXPECT_EQ(this->offered().signalId, 0U);
+template <typename CASE>
+class CmdWaitForSignalTest : public WaitCmdTest<CASE> {};
+TYPED_TEST_SUITE(CmdWaitForSignalTest, Cases);
+
+TYPED_TEST(CmdWaitForSignalTest, ConsumesNothingAtFirst) {
   EXPECT_FALSE(this->offered().autoReset);
 }
 
-TYPED_TEST(CmdWaitForSignalTest, TakesItsParametersOver) {
+TYPED_TEST(CmdWaitForSignalTest, TakesAllItsParametersOver) {
   for (const bool autoReset : {true, false}) {
-    EXPECT_EQ(this->set(42, autoReset), CmdResult::Okay);
+    const job::WaitForSignalJobPars values(job::WaitForSignalJobParsT{42, autoReset});
+    EXPECT_EQ(this->set(&values), CmdResult::Okay);
     EXPECT_EQ(this->offered().signalId, 42U);
     EXPECT_EQ(this->offered().autoReset, autoReset);
   }
-  EXPECT_THAT(this->traces(), IsEmpty());
-}
-
-TYPED_TEST(CmdWaitForSignalTest, RefusesNoParametersAndThoseOfAnotherType) {
-  ASSERT_EQ(this->set(42), CmdResult::Okay);
-  const job::WaitForSignalResetJobPars other(job::WaitForSignalResetJobParsT{1});
-  const CmdSendSignalPars sendPars(CmdSendSignalParsT{1});
-  EXPECT_EQ(core::toCode(this->setValues(nullptr)), 0xF011000EU);
-  EXPECT_EQ(core::toCode(this->setValues(&other)), 0xF011000EU);
-  EXPECT_EQ(core::toCode(this->setValues(&sendPars)), 0xF011000EU);
-  const std::string expected = "Error cmd_wait_for_signal onSetCmdValues: CmdWaitForSignalPars::safeCast(cmdValues) failed";
-  EXPECT_THAT(this->traces(), ElementsAre(expected, expected, expected));
-  EXPECT_EQ(this->m_host.traceSink.entries()[0].format, "%s");
-  EXPECT_EQ(this->offered().signalId, 42U);
-}
-
-TYPED_TEST(CmdWaitForSignalTest, AcceptsASignalThatExists) {
-  for (const std::uint32_t id : {0U, 99U}) {
-    ASSERT_EQ(this->set(id), CmdResult::Okay);
-    EXPECT_EQ(this->m_sut.onValidate(this->m_source, &this->m_dia), CmdResult::Okay);
-  }
-  EXPECT_THAT(this->m_dia.m_reports, IsEmpty());
-  EXPECT_THAT(this->traces(), IsEmpty());
-}
-
-TYPED_TEST(CmdWaitForSignalTest, RefusesASignalThatDoesNotExist) {
-  ASSERT_EQ(this->set(100), CmdResult::Okay);
-  EXPECT_EQ(core::toCode(this->m_sut.onValidate(this->m_source, &this->m_dia)), 0xF011001DU);
-  EXPECT_EQ(core::toCode(this->m_sut.onValidate(this->m_source, nullptr)), 0xF011001DU);
-  const std::string expected = "Error cmd_wait_for_signal onValidate: m_cmdValues.signalId (=100) is not valid";
-  EXPECT_THAT(this->traces(), ElementsAre(expected, expected));
-  EXPECT_EQ(this->m_host.traceSink.entries()[0].format, "m_cmdValues.signalId (=%d) is not valid");
-  EXPECT_THAT(this->m_dia.m_reports, IsEmpty()) << "the diagnosis is not used";
 }
 
 }  // namespace

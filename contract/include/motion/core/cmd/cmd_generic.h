@@ -35,8 +35,8 @@ class ICmdGeneric {
  public:
   virtual ~ICmdGeneric() = default;
 
-  /// Names of the job objects that this command needs. [prepare]
-  [[nodiscard]] virtual std::vector<std::string> getJobNames() const = 0;
+  /// Names of the job objects that this command needs; the list has static storage. [prepare]
+  [[nodiscard]] virtual const std::vector<std::string>& getJobNames() const = 0;
   /// Takes the parameters over; the container stays the caller's. [prepare]
   virtual CmdResult onSetCmdValues(const IContainer* cmdValues, const dia::CmdSourceInfo& source, IObj* obj, bool flag) = 0;
   /// A number by which the host sorts commands. [any]

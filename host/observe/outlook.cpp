@@ -1,0 +1,111 @@
+#include "host/observe/outlook.h"
+
+#include <algorithm>
+
+namespace motion::host::observe {
+
+namespace {
+
+class Outlook {
+ public:
+  Outlook(std::span<const RemainingSteps> objects, SignalOutlook signals)
+      : m_objects(objects), m_signals(signals), m_taken(objects.size(), 0) {}
+
+  std::vector<std::size_t> run() {
+    bool hasMoved = true;
+    while (hasMoved) {
+      hasMoved = false;
+      for (std::size_t object = 0; object < m_objects.size(); ++object) {
+        while (canMove(object)) {
+          move(object);
+          hasMoved = true;
+        }
+      }
+      hasMoved = completeJoins() || hasMoved;
+    }
+    return std::move(m_taken);
+  }
+
+ private:
+  [[nodiscard]] const SyncStep* current(std::size_t object) const {
+    const auto& steps = m_objects[object].steps;
+    return m_taken[object] < steps.size() ? &steps[m_taken[object]] : nullptr;
+  }
+
+  /// Alone, without other members.
+  [[nodiscard]] bool canMove(std::size_t object) const {
+    const SyncStep* const step = current(object);
+    if (step == nullptr) {
+      return false;
+    }
+    switch (step->kind) {
+      case SyncKind::WAITS_SET:
+        return m_signals.at(step->signal).set;
+      case SyncKind::WAITS_RESET:
+        return m_signals.at(step->signal).reset;
+      case SyncKind::JOINS:
+        return false;
+      default:
+        return true;
+    }
+  }
+
+  void move(std::size_t object) {
+    const SyncStep& step = *current(object);
+    if (step.kind == SyncKind::SETS) {
+      m_signals.at(step.signal).set = true;
+    } else if (step.kind == SyncKind::RESETS || step.consumes) {
+      m_signals.at(step.signal).reset = true;
+    }
+    ++m_taken[object];
+  }
+
+  bool completeJoins() {
+    for (std::size_t object = 0; object < m_objects.size(); ++object) {
+      const SyncStep* const step = current(object);
+      if (step != nullptr && step->kind == SyncKind::JOINS && isComplete(object, *step)) {
+        for (const std::uint32_t member : step->group) {
+          ++m_taken[member];
+        }
+        return true;
+      }
+    }
+    return false;
+  }
+
+  [[nodiscard]] bool isComplete(std::size_t object, const SyncStep& join) const {
+    const std::size_t occurrence = occurrenceAt(object, join);
+    return !join.namesTwice && std::ranges::all_of(join.group, [&](std::uint32_t member) {
+      const SyncStep* const other = current(member);
+      return other != nullptr && other->kind == SyncKind::JOINS && other->group == join.group && !other->namesTwice &&
+             hasNextIfAwaited(member, *other) && occurrenceAt(member, *other) == occurrence;
+    });
+  }
+
+  [[nodiscard]] bool hasNextIfAwaited(std::size_t object, const SyncStep& join) const {
+    return !join.awaitsNext || m_taken[object] + 1 < m_objects[object].steps.size();
+  }
+
+  [[nodiscard]] std::size_t occurrenceAt(std::size_t object, const SyncStep& join) const {
+    const auto& [steps, joinsBefore] = m_objects[object];
+    return occurrenceOf(join, joinsBefore) - 1 + occurrenceOf(join, std::span(steps).first(m_taken[object]));
+  }
+
+  std::span<const RemainingSteps> m_objects;
+  SignalOutlook m_signals;
+  std::vector<std::size_t> m_taken;
+};
+
+}  // namespace
+
+std::vector<std::size_t> lookAhead(std::span<const RemainingSteps> objects, SignalOutlook signals) {
+  return Outlook(objects, signals).run();
+}
+
+std::size_t occurrenceOf(const SyncStep& join, std::span<const SyncStep> joinsBefore) {
+  return 1 + static_cast<std::size_t>(std::ranges::count_if(joinsBefore, [&join](const SyncStep& other) {
+           return other.kind == SyncKind::JOINS && other.group == join.group;
+         }));
+}
+
+}  // namespace motion::host::observe
