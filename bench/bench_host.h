@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <memory>
 #include <span>
+#include <utility>
+#include <vector>
 
 #include "host/run/session.h"
 
@@ -27,6 +29,9 @@ class BenchHost {
 
   [[nodiscard]] host::Runtime& runtime() noexcept { return m_session.runtime(); }
   [[nodiscard]] host::datalayer::DataLayer& dataLayer() noexcept { return m_session.dataLayer(); }
+  /// Destroys it before the bundle is closed.
+  void keep(std::shared_ptr<void> thing) { m_kept.push_back(std::move(thing)); }
+  [[nodiscard]] host::trace::TraceService& traceService() noexcept { return m_session.traceService(); }
   /// The first `count` axes; each of them waits for NEVER_SET.
   [[nodiscard]] std::span<const std::unique_ptr<host::MotionObject>> waitingAxes(std::size_t count);
 
@@ -34,6 +39,7 @@ class BenchHost {
   BenchHost();
 
   host::run::Session m_session;
+  std::vector<std::shared_ptr<void>> m_kept;
 };
 
 }  // namespace motion::bench

@@ -9,6 +9,7 @@
 #include <cstdarg>
 #include <cstdio>
 #include <mutex>
+#include <utility>
 
 namespace motion::bench {
 
@@ -62,6 +63,37 @@ class LockedSignalFloor final : public SignalFloor {
   std::mutex m_mutex;
 };
 
+/// What the members of one join share.
+struct JoinFloor {
+  struct Member {
+    const std::uint64_t* cycle = nullptr;
+    std::uint32_t joinSeq = 0;
+  };
+
+  std::vector<Member> members;
+  std::vector<std::unique_ptr<std::uint64_t>> cycles;
+  std::uint32_t joinedCount = 0;
+  std::uint64_t completionCycle = 0;
+  bool aborted = false;
+};
+
+class JoinMemberFloor final : public IJoinMemberFloor {
+ public:
+  JoinMemberFloor(std::shared_ptr<JoinFloor> join, std::size_t index) : m_join(std::move(join)), m_index(index) {}
+
+  bool isReleased() override {
+    const JoinFloor::Member& member = m_join->members[m_index];
+    return !m_waitsForNext && member.joinSeq != 0 &&
+           !std::atomic_ref<bool>(m_join->aborted).load(std::memory_order_acquire) &&
+           m_join->joinedCount == m_join->members.size() && *member.cycle == m_join->completionCycle + 1;
+  }
+
+ private:
+  std::shared_ptr<JoinFloor> m_join;
+  std::size_t m_index;
+  bool m_waitsForNext = false;
+};
+
 }  // namespace
 
 std::unique_ptr<ISignalFloor> makeSignalFloor() {
@@ -70,6 +102,40 @@ std::unique_ptr<ISignalFloor> makeSignalFloor() {
 
 std::unique_ptr<ISignalFloor> makeLockedSignalFloor() {
   return std::make_unique<LockedSignalFloor>();
+}
+
+void JoinWalkFloor::add(std::size_t members) {
+  auto node = std::make_shared<Node>();
+  node->members.resize(members);
+  for (Member& member : node->members) {
+    member.object = &member;
+  }
+  node->members.front().cmdId = 1;
+  node->next = m_nodes.empty() ? nullptr : m_nodes.back().get();
+  m_nodes.push_back(std::move(node));
+}
+
+std::uint64_t JoinWalkFloor::visit(const void* object) const noexcept {
+  std::uint64_t linked = 0;
+  for (const Node* node = m_nodes.empty() ? nullptr : m_nodes.back().get(); node != nullptr; node = node->next) {
+    for (const Member& member : node->members) {
+      linked += static_cast<std::uint64_t>(member.object != object) & static_cast<std::uint64_t>(member.cmdId != 0);
+    }
+  }
+  return linked;
+}
+
+std::vector<std::unique_ptr<IJoinMemberFloor>> makeJoinFloor(std::size_t members, bool isComplete) {
+  const auto join = std::make_shared<JoinFloor>();
+  join->members.resize(members);
+  join->joinedCount = static_cast<std::uint32_t>(isComplete ? members : members - 1);
+  std::vector<std::unique_ptr<IJoinMemberFloor>> result;
+  for (std::uint32_t i = 0; i < join->joinedCount; ++i) {
+    join->cycles.push_back(std::make_unique<std::uint64_t>(1));
+    join->members[i] = {join->cycles.back().get(), i + 1};
+    result.push_back(std::make_unique<JoinMemberFloor>(join, i));
+  }
+  return result;
 }
 
 void traceFloor(const char* format, unsigned int value) noexcept {

@@ -1,8 +1,10 @@
 // Floors: the least that the hardware needs for the same work. Each figure is printed as a multiple of its floor.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <vector>
 
 namespace motion::bench {
 
@@ -19,6 +21,49 @@ class ISignalFloor {
 [[nodiscard]] std::unique_ptr<ISignalFloor> makeSignalFloor();
 /// The same within an uncontended mutex: what exclusion among several callers costs.
 [[nodiscard]] std::unique_ptr<ISignalFloor> makeLockedSignalFloor();
+
+/// Open occurrences of joins as a chain of nodes, each with a table of its members.
+class JoinWalkFloor {
+ public:
+  JoinWalkFloor() = default;
+  JoinWalkFloor(const JoinWalkFloor&) = delete;
+  JoinWalkFloor& operator=(const JoinWalkFloor&) = delete;
+
+  /// Puts an occurrence with one linked member in front of the others. Throws std::bad_alloc.
+  void add(std::size_t members);
+  /// Visits every member of every occurrence once: loads its object and its command. The number of linked members.
+  [[nodiscard]] std::uint64_t visit(const void* object) const noexcept;
+
+ private:
+  struct Member {
+    const void* object = nullptr;
+    std::uint64_t cmdId = 0;
+    std::uint32_t joinSeq = 0;
+    bool aborted = false;
+  };
+  struct Node {
+    virtual ~Node() = default;
+
+    std::uint64_t counters[2]{};
+    std::vector<Member> members;
+    const Node* next = nullptr;
+  };
+
+  std::vector<std::shared_ptr<Node>> m_nodes;
+};
+
+/// A member of a join, reached by one virtual call.
+class IJoinMemberFloor {
+ public:
+  virtual ~IJoinMemberFloor() = default;
+  /// Loads whether the member has joined, whether the join is aborted and complete and, when it is, two cycle counts to
+  /// compare.
+  virtual bool isReleased() = 0;
+};
+
+/// The members of one join that have joined; of a join that is not complete, all but one. Made where the compiler of a
+/// benchmark does not see which class it is.
+[[nodiscard]] std::vector<std::unique_ptr<IJoinMemberFloor>> makeJoinFloor(std::size_t members, bool isComplete);
 
 /// A trace that is switched off: a call and a branch on an atomic flag.
 void traceFloor(const char* format, unsigned int value) noexcept;

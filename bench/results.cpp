@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <initializer_list>
+#include <string_view>
 
 namespace motion::bench {
 
@@ -34,6 +35,23 @@ constexpr Row ROWS[] = {
     {"cycle of 1,000, per axis", "cycle/1000", "floor_cycle/1000", 1'000},
     {"cycle of 10,000, per axis", "cycle/10000", "floor_cycle/10000", 10'000},
     {"simulation step of 10,000, per axis", "step", "floor_cycle/10000", 10'000},
+    {"join, last of 2 members, alone", "join_open/2/0", "floor_join_open/2/0", 1},
+    {"join, last of 2 members, 10 open", "join_open/2/10", "floor_join_open/2/10", 1},
+    {"join, last of 2 members, 1,000 open", "join_open/2/1000", "floor_join_open/2/1000", 1},
+    {"join, last of 10 members, alone", "join_open/10/0", "floor_join_open/10/0", 1},
+    {"join, last of 10 members, 10 open", "join_open/10/10", "floor_join_open/10/10", 1},
+    {"join, last of 10 members, 1,000 open", "join_open/10/1000", "floor_join_open/10/1000", 1},
+    {"join, last of 100 members, alone", "join_open/100/0", "floor_join_open/100/0", 1},
+    {"join, last of 100 members, 10 open", "join_open/100/10", "floor_join_open/100/10", 1},
+    {"join, last of 100 members, 1,000 open", "join_open/100/1000", "floor_join_open/100/1000", 1},
+    {"join, last of 1,000 members, alone", "join_open/1000/0", "floor_join_open/1000/0", 1},
+    {"join, last of 1,000 members, 10 open", "join_open/1000/10", "floor_join_open/1000/10", 1},
+    {"join, last of 1,000 members, 1,000 open", "join_open/1000/1000", "floor_join_open/1000/1000", 1},
+    {"join, waiting member of 2, per member", "join_waiting/2", "floor_join_waiting/2", 1},
+    {"join, waiting member of 10, per member", "join_waiting/10", "floor_join_waiting/10", 9},
+    {"join, waiting member of 100, per member", "join_waiting/100", "floor_join_waiting/100", 99},
+    {"join, waiting member of 1,000, per member", "join_waiting/1000", "floor_join_waiting/1000", 999},
+    {"join, end of 1,000 members, per member", "join_ending/1000", "floor_join_ending/1000", 1'000},
     {"trace, switched off", "trace_disabled", "floor_trace_disabled", 1},
     {"trace, buffered sink", "trace_buffered", "floor_trace_buffered", 1},
 };
@@ -118,6 +136,19 @@ void Results::printTargets() const {
         *std::ranges::find_if(ROWS, [name](const Row& candidate) { return std::string(candidate.benchmark) == name; });
     printTarget(fmt::format("{} to its floor", row.title), *time(name) / *time(row.floor), 8);
   }
+  printJoinTargets();
+}
+
+void Results::printJoinTargets() const {
+  for (const Row& row : ROWS) {
+    const std::string_view name = row.benchmark;
+    if (name.starts_with("join_open/") || name.starts_with("join_waiting/")) {
+      printTarget(fmt::format("{} to its floor", row.title), *time(row.benchmark) / *time(row.floor),
+                  name.starts_with("join_open/") ? 5 : 4);
+    }
+  }
+  printTarget("waiting member of a join of 1,000 to that of one of 2",
+              *time("join_waiting/1000") / 999 / *time("join_waiting/2"), 2);
 }
 
 }  // namespace motion::bench

@@ -28,6 +28,7 @@ class Results : public benchmark::BenchmarkReporter {
   [[nodiscard]] std::optional<double> time(const std::string& benchmark) const;
   void printRow(const char* title, const std::string& benchmark, const std::string& floor, double objects) const;
   void printTargets() const;
+  void printJoinTargets() const;
 
   std::map<std::string, Median> m_medians;
   bool m_hasFailed = false;

@@ -6,6 +6,7 @@
 
 #include "bench/bench_host.h"
 #include "bench/floors.h"
+#include "bench/host_fakes.h"
 #include "host/motion/job_data_handler.h"
 #include "impl/wait_for_signal/wait_for_signal_pars.h"
 #include "impl/wait_for_signal_reset/wait_for_signal_reset_pars.h"
@@ -16,19 +17,6 @@ namespace motion::bench {
 namespace {
 
 using core::job::JobResult;
-
-/// Takes the one job that a job object adds.
-class JobCatcher : public core::job::IJobList {
- public:
-  JobResult addJob(const core::job::Job& job, const char* /*name*/, core::SectionValue /*section*/) override {
-    m_job = job;
-    return JobResult::NoEffect;
-  }
-  [[nodiscard]] const core::job::Job& job() const noexcept { return m_job; }
-
- private:
-  core::job::Job m_job;
-};
 
 /// A command of the bundle with its job object.
 class WaitJob {

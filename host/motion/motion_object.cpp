@@ -13,11 +13,6 @@ using core::job::JobResult;
 
 namespace {
 
-/// Commands whose state can be asked for: all that wait, the current one, and some that have ended.
-std::size_t slotCount(std::uint32_t bufferSize) {
-  return std::size_t{bufferSize} + 16;
-}
-
 EventKind endEvent(CmdState state) {
   switch (state) {
     case CmdState::DONE:
@@ -41,8 +36,7 @@ MotionObject::MotionObject(ObjectConfig config, RetiredCmds& retired)
       m_units(UnitHelper::defaultSettings()),
       m_objPtr(this),
       m_pose(core::KinPoseT{m_config.start[0], m_config.start[1], m_config.start[2], 0.0, 0.0, 0.0}),
-      m_slotCount(slotCount(m_config.bufferSize)),
-      m_slots(std::make_unique<StateSlot[]>(m_slotCount)) {
+      m_cmdStates(m_config.bufferSize) {
   publish(SectionMgr::OBJ_DATA, m_objPtr);
   if (isAxis()) {
     publish(SectionMgr::OBJ_DATA, m_setpoint);
@@ -188,43 +182,12 @@ bool MotionObject::reserveBuffer() noexcept {
 }
 
 void MotionObject::putPrepared(CmdFrame* frame) noexcept {
-  m_latestPrepared.store(frame->getCmdID(), std::memory_order_release);
+  // The cycle may take and retire the frame at once.
+  const std::uint64_t cmdID = frame->getCmdID();
   // There is room: reserveBuffer admits no more commands than the queue takes.
   static_cast<void>(m_prepared.push(frame));
-}
-
-void MotionObject::noteCmdState(std::uint64_t cmdID, CmdState state) noexcept {
-  if (state == CmdState::BUFFERED) {
-    // The oldest command that has ended makes room; there are more slots than commands that can be alive.
-    for (std::size_t i = 0; i < m_slotCount && m_slots[m_nextSlot].isAlive(); ++i) {
-      m_nextSlot = (m_nextSlot + 1) % m_slotCount;
-    }
-    StateSlot& slot = m_slots[m_nextSlot];
-    m_nextSlot = (m_nextSlot + 1) % m_slotCount;
-    slot.cmdID.store(0, std::memory_order_release);
-    slot.state.store(state, std::memory_order_release);
-    slot.cmdID.store(cmdID, std::memory_order_release);
-    return;
-  }
-  for (std::size_t i = 0; i < m_slotCount; ++i) {
-    if (m_slots[i].cmdID.load(std::memory_order_acquire) == cmdID) {
-      m_slots[i].state.store(state, std::memory_order_release);
-      return;
-    }
-  }
-}
-
-CmdState MotionObject::getCmdState(std::uint64_t cmdID) const noexcept {
-  for (std::size_t i = 0; cmdID != 0 && i < m_slotCount; ++i) {
-    const StateSlot& slot = m_slots[i];
-    if (slot.cmdID.load(std::memory_order_acquire) == cmdID) {
-      const CmdState state = slot.state.load(std::memory_order_acquire);
-      if (slot.cmdID.load(std::memory_order_acquire) == cmdID) {
-        return state;
-      }
-    }
-  }
-  return CmdState::DONE;
+  // Only now, so that whoever sees the number can count on the cycle finding the command.
+  m_latestPrepared.store(cmdID, std::memory_order_release);
 }
 
 void MotionObject::clear() noexcept {

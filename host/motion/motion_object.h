@@ -1,6 +1,7 @@
 // A motion object: its command buffer and its turn in a cycle.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <cstdint>
@@ -8,6 +9,7 @@
 #include <string>
 
 #include "host/motion/cmd_frame.h"
+#include "host/motion/cmd_states.h"
 #include "host/motion/dia_log.h"
 #include "host/motion/events.h"
 #include "host/motion/job_data_handler.h"
@@ -42,7 +44,8 @@ class MotionObject : public core::IObj {
   [[nodiscard]] bool isEncoder() const noexcept override { return false; }
   [[nodiscard]] bool isKinematics() const noexcept override { return m_config.type == core::ObjectType::KINEMATICS; }
   [[nodiscard]] std::uint64_t getLatestPreparedCmdID() const noexcept override {
-    return m_latestPrepared.load(std::memory_order_acquire);
+    // The cycle may have taken a command before its number was noted here.
+    return std::max(m_latestPrepared.load(std::memory_order_acquire), getCurrentCmdID());
   }
   [[nodiscard]] std::uint64_t getCurrentCmdID() const noexcept override {
     return m_currentID.load(std::memory_order_acquire);
@@ -50,7 +53,9 @@ class MotionObject : public core::IObj {
   [[nodiscard]] std::uint64_t getCycleCount() const noexcept override {
     return m_cycleCount.load(std::memory_order_relaxed);
   }
-  [[nodiscard]] core::cmd::CmdState getCmdState(std::uint64_t cmdID) const noexcept override;
+  [[nodiscard]] core::cmd::CmdState getCmdState(std::uint64_t cmdID) const noexcept override {
+    return m_cmdStates.get(cmdID);
+  }
   [[nodiscard]] double getCycleTime() const noexcept override { return m_config.cycleTime; }
   [[nodiscard]] const core::UnitSettings& getUnitSettings() const noexcept override { return m_units; }
   [[nodiscard]] core::dia::IDia& getDia() noexcept override { return m_dia; }
@@ -74,7 +79,7 @@ class MotionObject : public core::IObj {
   /// Aborts the current command and everything issued so far; the cycle carries it out in its next turn. [any]
   void abortAll() noexcept;
   /// Keeps the state of a command for queries. [prepare | cyclic & real-time]
-  void noteCmdState(std::uint64_t cmdID, core::cmd::CmdState state) noexcept;
+  void noteCmdState(std::uint64_t cmdID, core::cmd::CmdState state) noexcept { m_cmdStates.note(cmdID, state); }
 
   [[nodiscard]] const std::string& name() const noexcept { return m_config.name; }
   [[nodiscard]] core::ObjectType type() const noexcept { return m_config.type; }
@@ -131,17 +136,7 @@ class MotionObject : public core::IObj {
   core::KinPose m_pose;
   JobDataHandler m_data;
 
-  struct StateSlot {
-    std::atomic<std::uint64_t> cmdID{0};
-    std::atomic<core::cmd::CmdState> state{core::cmd::CmdState::CREATED};
-
-    [[nodiscard]] bool isAlive() const noexcept {
-      return cmdID.load(std::memory_order_acquire) != 0 && state.load(std::memory_order_acquire) < core::cmd::CmdState::DONE;
-    }
-  };
-  std::size_t m_slotCount;
-  std::unique_ptr<StateSlot[]> m_slots;
-  std::size_t m_nextSlot = 0;
+  CmdStates m_cmdStates;
 };
 
 }  // namespace motion::host

@@ -28,7 +28,7 @@ class Outlook {
 
  private:
   [[nodiscard]] const SyncStep* current(std::size_t object) const {
-    const auto& steps = m_objects[object].steps;
+    const RemainingSteps& steps = m_objects[object];
     return m_taken[object] < steps.size() ? &steps[m_taken[object]] : nullptr;
   }
 
@@ -63,7 +63,7 @@ class Outlook {
   bool completeJoins() {
     for (std::size_t object = 0; object < m_objects.size(); ++object) {
       const SyncStep* const step = current(object);
-      if (step != nullptr && step->kind == SyncKind::JOINS && isComplete(object, *step)) {
+      if (step != nullptr && step->kind == SyncKind::JOINS && isComplete(*step)) {
         for (const std::uint32_t member : step->group) {
           ++m_taken[member];
         }
@@ -73,22 +73,17 @@ class Outlook {
     return false;
   }
 
-  [[nodiscard]] bool isComplete(std::size_t object, const SyncStep& join) const {
-    const std::size_t occurrence = occurrenceAt(object, join);
-    return !join.namesTwice && std::ranges::all_of(join.group, [&](std::uint32_t member) {
+  /// Members that are at joins with one group are at the same occurrence: nobody comes to the next one before the others.
+  [[nodiscard]] bool isComplete(const SyncStep& join) const {
+    return std::ranges::all_of(join.group, [&](std::uint32_t member) {
       const SyncStep* const other = current(member);
       return other != nullptr && other->kind == SyncKind::JOINS && other->group == join.group && !other->namesTwice &&
-             hasNextIfAwaited(member, *other) && occurrenceAt(member, *other) == occurrence;
+             hasNextIfAwaited(member, *other);
     });
   }
 
   [[nodiscard]] bool hasNextIfAwaited(std::size_t object, const SyncStep& join) const {
-    return !join.awaitsNext || m_taken[object] + 1 < m_objects[object].steps.size();
-  }
-
-  [[nodiscard]] std::size_t occurrenceAt(std::size_t object, const SyncStep& join) const {
-    const auto& [steps, joinsBefore] = m_objects[object];
-    return occurrenceOf(join, joinsBefore) - 1 + occurrenceOf(join, std::span(steps).first(m_taken[object]));
+    return !join.awaitsNext || m_taken[object] + 1 < m_objects[object].size();
   }
 
   std::span<const RemainingSteps> m_objects;

@@ -12,11 +12,7 @@
 namespace motion::host::observe {
 
 /// The steps that an object has yet to take, the current one first.
-struct RemainingSteps {
-  std::vector<SyncStep> steps;
-  /// Joins that the object has behind it, by which its later ones are counted.
-  std::vector<SyncStep> joinsBefore;
-};
+using RemainingSteps = std::vector<SyncStep>;
 
 /// Values that a signal may still have for somebody who waits.
 struct MayBe {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <deque>
+#include <iterator>
 #include <optional>
 #include <set>
 
@@ -105,6 +106,9 @@ class Builder {
       }
     }
     std::ranges::stable_sort(wait.arrived, {}, &ArrivedMember::cycle);
+    // Members end in the cycle after the last arrival, which in real time may be noted one cycle early. An abort at the
+    // wrong moment makes members take part in different occurrences; these never complete.
+    wait.isTorn = wait.missing.empty() && !wait.step.namesTwice && m_record.cycles > wait.arrived.back().cycle + 2;
   }
 
   [[nodiscard]] MissingMember::Why whyMissing(const JoinMember& member) const {
@@ -124,11 +128,7 @@ class Builder {
     std::vector<RemainingSteps> objects;
     for (const ObjectRecord& object : m_record.objects) {
       RemainingSteps& steps = objects.emplace_back();
-      const auto commands = remaining(object);
-      for (const CmdRecord& command : object.commands) {
-        const bool isAhead = std::ranges::find(commands, &command) != commands.end();
-        (isAhead ? steps.steps : steps.joinsBefore).push_back(command.sync);
-      }
+      std::ranges::transform(remaining(object), std::back_inserter(steps), &CmdRecord::sync);
     }
     SignalOutlook written;
     written.fill({true, true});
@@ -136,8 +136,8 @@ class Builder {
     // Who stays although every signal is written from outside as it would be needed stays for ever.
     const std::vector<std::size_t> helped = lookAhead(objects, written);
     for (ObjectWait& wait : m_graph.waits) {
-      wait.isStuck = alone[wait.object] == 0;
-      wait.isCertain = helped[wait.object] == 0;
+      wait.isStuck = alone[wait.object] == 0 || wait.isTorn;
+      wait.isCertain = helped[wait.object] == 0 || wait.isTorn;
     }
   }
 
@@ -176,7 +176,7 @@ class Builder {
 
   void findCircle() {
     for (const ObjectWait& start : m_graph.waits) {
-      const std::vector<std::uint32_t> circle = start.isStuck ? circleFrom(start.object) : std::vector<std::uint32_t>();
+      const std::vector<std::uint32_t> circle = circleFrom(start.object);
       if (!circle.empty() && (m_graph.circle.empty() || circle.size() < m_graph.circle.size())) {
         m_graph.circle = circle;
       }

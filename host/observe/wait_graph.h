@@ -37,16 +37,17 @@ struct ObjectWait {
   std::vector<Releaser> releasers;     ///< of a wait for a signal: commands of others that have yet to be executed
   std::vector<ArrivedMember> arrived;  ///< of a join, in order of arrival
   std::vector<MissingMember> missing;  ///< of a join, in group order
+  bool isTorn = false;                 ///< of a join: all have arrived, and still it was not completed
   bool isStuck = false;                ///< without a write from outside it waits for ever
   bool isCertain = false;              ///< and no write from outside can help
 };
 
 struct WaitGraph {
-  std::vector<ObjectWait> waits;             ///< in order of the objects
-  std::vector<std::uint32_t> circle;         ///< the shortest of objects that are stuck: each waits for the next, the last for
-                                             ///< the first; may be empty
-  std::uint64_t circleSince = 0;             ///< cycle in which the last of them began to wait
-  std::uint32_t circleClosedBy = 0;          ///< the object that began to wait then
+  std::vector<ObjectWait> waits;      ///< in order of the objects
+  std::vector<std::uint32_t> circle;  ///< the shortest of objects that are stuck: each waits for the next, the last for
+                                      ///< the first; may be empty
+  std::uint64_t circleSince = 0;      ///< cycle in which the last of them began to wait
+  std::uint32_t circleClosedBy = 0;   ///< the object that began to wait then
   std::vector<std::uint32_t> neededSignals;  ///< whose write from outside would let an object go on that is stuck
 
   [[nodiscard]] const ObjectWait* find(std::uint32_t object) const;

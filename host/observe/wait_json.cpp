@@ -62,6 +62,7 @@ Json waitJson(const RunRecord& record, const ObjectWait& wait) {
             {"waitsFor", command.waitsFor},
             {"stuck", wait.isStuck},
             {"certain", wait.isCertain},
+            {"torn", wait.isTorn},
             {"releasers", Json::array()},
             {"arrived", Json::array()},
             {"missing", Json::array()}};

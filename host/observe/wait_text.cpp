@@ -91,6 +91,9 @@ class Explainer {
     if (!arrived.empty()) {
       line("    arrived: {}{}", fmt::join(arrived, ", "), arrived.size() > 1 ? ", who was the last" : "");
     }
+    if (wait.isTorn) {
+      line("    all have arrived, but not in the same occurrence, because another join was aborted meanwhile");
+    }
     for (const MissingMember& member : wait.missing) {
       line("    missing: {}", missingText(member));
     }
@@ -104,8 +107,9 @@ class Explainer {
       case MissingMember::Why::NO_SUCH_JOIN:
         return fmt::format("{}, who has no join with this group left", name(member.object));
       case MissingMember::Why::ENDED_OTHERWISE:
-        return fmt::format("{}, whose {} {}", name(member.object), place(member.object, member.number),
-                           command(member.object, member.number).state == core::cmd::CmdState::FAILED ? "failed" : "was aborted");
+        return fmt::format(
+            "{}, whose {} {}", name(member.object), place(member.object, member.number),
+            command(member.object, member.number).state == core::cmd::CmdState::FAILED ? "failed" : "was aborted");
       case MissingMember::Why::HAS_NO_NEXT_COMMAND:
         return fmt::format("{}, who is at {}, but waits for a command behind it (syncStartNextCmd)", name(member.object),
                            place(member.object, member.number));

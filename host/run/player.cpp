@@ -111,6 +111,7 @@ void Player::playReal(const Watch& watch) {
 }
 
 bool Player::pump(std::uint64_t nextCycle) {
+  m_record.cycles = m_runtime.cycle().ended();  // before the events are taken over, so that none of these cycles is missing
   m_recorder.drain();
   if (isOver(nextCycle)) {
     return false;

@@ -42,7 +42,7 @@ class Checker {
       : m_scenario(scenario), m_programs(programs), m_mended(scenario.objects.size()) {
     for (const ObjectCalls& program : programs) {
       m_byIndex[program.object->index()] = &program;
-      std::ranges::transform(program.calls, std::back_inserter(m_mended.at(program.object->index()).steps),
+      std::ranges::transform(program.calls, std::back_inserter(m_mended.at(program.object->index())),
                              [](const ProgramCall& call) { return call.description.sync; });
     }
   }
@@ -66,7 +66,7 @@ class Checker {
 
  private:
   [[nodiscard]] const std::string& name(std::uint32_t object) const { return m_scenario.objects.at(object).name; }
-  [[nodiscard]] SyncStep& mended(const Place& place) { return m_mended.at(place.object()).steps.at(place.position); }
+  [[nodiscard]] SyncStep& mended(const Place& place) { return m_mended.at(place.object()).at(place.position); }
 
   void find(const Place& place, std::string message, std::string remedy) {
     m_problems.push_back({m_scenario.file, place.call().mark, std::move(message), std::move(remedy), true});
@@ -151,9 +151,9 @@ class Checker {
       return;
     }
     if (const auto last = lastAhead(place, writes); last && !resets(last->step())) {
-      findEndlessWait(place, fmt::format("nobody resets {}, which {} sets", place.call().description.waitsFor, last->text()),
-                      "reset it in the program of another object (ResetSignal, or a wait with autoReset), or under 'outside'");
-      mended(place) = {};
+      findEndlessWait(
+          place, fmt::format("nobody resets {}, which {} sets", place.call().description.waitsFor, last->text()),
+          "reset it in the program of another object (ResetSignal, or a wait with autoReset), or under 'outside'");
     }
   }
 
@@ -216,10 +216,10 @@ class Checker {
     const std::size_t fewest = std::ranges::min_element(joins, {}, std::ranges::size)->size();
     const std::vector<Place>& most = *std::ranges::max_element(joins, {}, std::ranges::size);
     if (most.size() != fewest) {
-      findEndlessWait(most[fewest],
-                      fmt::format("the members of [{}] do not join equally often ({})", fmt::join(names, ", "),
-                                  fmt::join(counts, ", ")),
-                      "give each member as many joins with this very group");
+      findEndlessWait(
+          most[fewest],
+          fmt::format("the members of [{}] do not join equally often ({})", fmt::join(names, ", "), fmt::join(counts, ", ")),
+          "give each member as many joins with this very group");
     }
     for (const std::vector<Place>& ofMember : joins) {
       for (std::size_t i = fewest; i < ofMember.size(); ++i) {
@@ -259,7 +259,8 @@ class Checker {
       for (std::size_t i = stay; &program != &wait.program && i < program.calls.size(); ++i) {
         const Place setter{program, i};
         if (setter.step().kind == SyncKind::SETS && setter.step().signal == wait.step().signal) {
-          texts.push_back(fmt::format("{} stands behind {}, which waits in turn", setter.text(), Place{program, stay}.text()));
+          texts.push_back(
+              fmt::format("{} stands behind {}, which waits in turn", setter.text(), Place{program, stay}.text()));
           break;
         }
       }

@@ -1,6 +1,7 @@
 // The writer thread of the trace service: takes entries from the ring and hands them to the writers.
 #include "host/trace/entry_pump.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <ctime>
 #include <exception>
@@ -54,10 +55,9 @@ void EntryPump::flush() {
   // A pass that already runs may have missed drops from just now, so that only the next one counts.
   const std::uint64_t pass = m_passesStarted + 1;
   const std::size_t accepted = m_ring.acceptedCount();
-  ++m_flushing;
+  m_passesWanted = std::max(m_passesWanted, pass);
   m_wake.notify_one();
   m_passFinished.wait(lock, [&] { return m_passesFinished >= pass && m_ring.consumedCount() >= accepted; });
-  --m_flushing;
 }
 
 void EntryPump::run() {
@@ -71,7 +71,8 @@ void EntryPump::run() {
     ++m_passesFinished;
     m_passFinished.notify_all();
     if (!isLast) {
-      m_wake.wait_for(lock, m_pollInterval, [this] { return m_isStopping || m_flushing > 0; });
+      // Sleeps even while somebody flushes: whoever waits for this thread on the same processor needs his turn.
+      m_wake.wait_for(lock, m_pollInterval, [this] { return m_isStopping || m_passesWanted > m_passesStarted; });
     }
   }
 }

@@ -72,7 +72,7 @@ class EntryPump {
   std::condition_variable m_passFinished;
   std::uint64_t m_passesStarted = 0;
   std::uint64_t m_passesFinished = 0;
-  int m_flushing = 0;
+  std::uint64_t m_passesWanted = 0;  ///< a flush waits for the pass of that number
   bool m_isStopping = false;
 
   std::thread m_thread;

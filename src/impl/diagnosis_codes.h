@@ -14,4 +14,13 @@ inline constexpr std::uint32_t TRACE_ERROR = 0x090F0FFC;
 inline constexpr std::uint32_t MAIN_ERROR = 0x090F0FFF;
 inline constexpr std::uint32_t DETAIL_INVALID_PARAMETER = 0x0C570101;
 
+/// Main code of a parameter of an option that cannot be decoded; its detail code is that of a refused parameter.
+inline constexpr std::uint32_t MAIN_OPTION_PARAMETER = 0x090F2001;
+
+/// Main and detail codes of an option that cannot be used.
+inline constexpr std::uint32_t MAIN_OPTION_ERROR = 0x090F2030;
+inline constexpr std::uint32_t DETAIL_INVALID_OPTION_DATA = 0x0C5701B0;  ///< what the active option keeps is not of its kind
+inline constexpr std::uint32_t DETAIL_INVALID_CONDITION = 0x0C5701B1;
+inline constexpr std::uint32_t DETAIL_NO_OPTION_DATA = 0x0C5701B2;  ///< the host does not give what the active option keeps
+
 }  // namespace motion::kavo::diagnosis

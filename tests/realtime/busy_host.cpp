@@ -86,6 +86,13 @@ Call waitForSignalResetCall(unsigned int signal) {
   };
 }
 
+Call joinCall(const std::string& partner, bool syncStartNextCmd) {
+  return [group = std::vector<std::string>{partner}, syncStartNextCmd](host::Runtime& runtime, const char* object) {
+    unsigned long id = 0;
+    return functions(runtime).joinCmd(&runtime, {}, object, group, syncStartNextCmd, id) == FctResult::Okay;
+  };
+}
+
 Call moveCall(const char* command, double millimetres) {
   return [command, millimetres](host::Runtime& runtime, const char* object) {
     constexpr double velocity = 100.0;        // [mm/s]
@@ -138,6 +145,8 @@ BusyHost::BusyHost() : m_events(EVENTS), m_open(0.001) {
   add("GateKeeper", ObjectType::KINEMATICS, {waitForSignalCall(FROM_OUTSIDE, false), dwellCall(0.001)});
   add("DoubleSetter", ObjectType::AXIS, {setSignalCall(SET_BY_TWO), dwellCall(0.010)});
   add("Watchman", ObjectType::KINEMATICS, {waitForSignalCall(SET_BY_TWO, false), dwellCall(0.005)});
+  add("Partner", ObjectType::AXIS, {joinCall("OtherPartner", true), dwellCall(0.002)});
+  add("OtherPartner", ObjectType::KINEMATICS, {joinCall("Partner", false), dwellCall(0.004)});
   add("IdleAxis", ObjectType::AXIS, {waitForSignalCall(NEVER_SET, true)});
   add("EmptyAxis", ObjectType::AXIS, {});
   runtime().preparation().setListener(&m_tally);
@@ -175,6 +184,10 @@ void BusyHost::happenOutside(std::uint64_t nextCycle) {
   }
   if (nextCycle % 101 == 0) {
     require(m_open.abortCmds("Receiver") && m_open.abortCmds("Watcher"), "abortCmds");
+  }
+  if (nextCycle % 103 == 0) {
+    // Both, for whoever is left of an aborted join waits for ever.
+    require(m_open.abortCmds("Partner") && m_open.abortCmds("OtherPartner"), "abortCmds");
   }
 }
 

@@ -36,6 +36,7 @@ using Call = std::function<bool(host::Runtime&, const char* object)>;
 [[nodiscard]] Call resetSignalCall(unsigned int signal);
 [[nodiscard]] Call waitForSignalCall(unsigned int signal, bool autoReset);
 [[nodiscard]] Call waitForSignalResetCall(unsigned int signal);
+[[nodiscard]] Call joinCall(const std::string& partner, bool syncStartNextCmd);
 [[nodiscard]] Call moveCall(const char* command, double millimetres);
 [[nodiscard]] Call dwellCall(double seconds);
 
@@ -61,8 +62,8 @@ class EndTally : public host::ICmdListener {
   std::map<std::pair<std::string, core::cmd::CmdState>, Entry> m_entries;
 };
 
-/// Axes and kinematics that set, reset and await signals, move and dwell, over and over, while signals change and commands
-/// are aborted from outside.
+/// Axes and kinematics that set, reset and await signals, join, move and dwell, over and over, while signals change and
+/// commands are aborted from outside.
 class BusyHost {
  public:
   BusyHost();

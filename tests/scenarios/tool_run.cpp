@@ -12,7 +12,9 @@
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
+#include <string_view>
 #include <thread>
+#include <utility>
 
 extern char** environ;
 
@@ -39,10 +41,9 @@ int waitFor(pid_t child) {
 
 }  // namespace
 
-ToolResult runTool(const std::vector<std::string>& arguments) {
-  const ScratchDir scratch;
-  const std::string outFile = scratch.path() / "out";
-  const std::string errFile = scratch.path() / "err";
+ToolResult runTool(const std::vector<std::string>& arguments) { return RunningTool(arguments).wait(); }
+
+RunningTool::RunningTool(const std::vector<std::string>& arguments) {
   std::vector<std::string> words{KAVO_TOOL};
   words.insert(words.end(), arguments.begin(), arguments.end());
   std::vector<char*> argv;
@@ -51,19 +52,42 @@ ToolResult runTool(const std::vector<std::string>& arguments) {
   }
   argv.push_back(nullptr);
 
+  const std::string outFile = m_scratch.path() / "out";
+  const std::string errFile = m_scratch.path() / "err";
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);
   posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
   posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, outFile.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
   posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, errFile.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-  pid_t child = 0;
-  const int error = posix_spawn(&child, KAVO_TOOL, &actions, nullptr, argv.data(), environ);
+  const int error = posix_spawn(&m_child, KAVO_TOOL, &actions, nullptr, argv.data(), environ);
   posix_spawn_file_actions_destroy(&actions);
   if (error != 0) {
     throw std::runtime_error(fmt::format("cannot run {}", KAVO_TOOL));
   }
-  const int code = waitFor(child);
-  return {code, readFile(outFile), readFile(errFile)};
+}
+
+RunningTool::~RunningTool() {
+  if (m_child != 0) {
+    send(SIGKILL);
+    waitpid(m_child, nullptr, 0);
+  }
+}
+
+bool RunningTool::catches(int signal) const {
+  constexpr std::string_view CAUGHT = "SigCgt:";
+  const std::string status = readFile(fmt::format("/proc/{}/status", m_child));
+  const std::size_t place = status.find(CAUGHT);
+  return place != std::string::npos &&
+         ((std::stoull(status.substr(place + CAUGHT.size()), nullptr, 16) >> static_cast<unsigned>(signal - 1)) & 1U) != 0;
+}
+
+void RunningTool::send(int signal) const { kill(m_child, signal); }
+
+std::string RunningTool::errSoFar() const { return readFile(m_scratch.path() / "err"); }
+
+ToolResult RunningTool::wait() {
+  const int code = waitFor(std::exchange(m_child, 0));
+  return {code, readFile(m_scratch.path() / "out"), readFile(m_scratch.path() / "err")};
 }
 
 ScratchDir::ScratchDir() {

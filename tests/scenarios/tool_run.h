@@ -1,6 +1,8 @@
 // Runs the command-line tool as a user would, and keeps what it said.
 #pragma once
 
+#include <sys/types.h>
+
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -30,6 +32,27 @@ class ScratchDir {
 
  private:
   std::filesystem::path m_path;
+};
+
+/// kavo while it runs.
+class RunningTool {
+ public:
+  explicit RunningTool(const std::vector<std::string>& arguments);
+  RunningTool(const RunningTool&) = delete;
+  RunningTool& operator=(const RunningTool&) = delete;
+  /// Ends it if nobody waited for it.
+  ~RunningTool();
+
+  /// True once it has taken over that signal; until then the signal would end it.
+  [[nodiscard]] bool catches(int signal) const;
+  void send(int signal) const;
+  [[nodiscard]] std::string errSoFar() const;
+  /// Waits for its end; ends it after a generous limit.
+  [[nodiscard]] ToolResult wait();
+
+ private:
+  ScratchDir m_scratch;
+  pid_t m_child = 0;  ///< 0 when it has ended
 };
 
 [[nodiscard]] std::string readFile(const std::filesystem::path& path);

@@ -17,16 +17,33 @@ void FakeCalls::failNothing() {
   m_plans.clear();
 }
 
-std::optional<std::uint32_t> FakeCalls::add(std::string_view operation, const std::string& arguments) {
+std::shared_ptr<const void> FakeCalls::onCall(std::string operation, std::function<void()> action) {
+  const auto kept = std::make_shared<const std::function<void()>>(std::move(action));
   const std::lock_guard lock(m_mutex);
-  m_calls.push_back(fmt::format("{}({})", operation, arguments));
+  m_watches.push_back({std::move(operation), kept});
+  return kept;
+}
+
+std::optional<std::uint32_t> FakeCalls::add(std::string_view operation, const std::string& arguments) {
   std::optional<std::uint32_t> code;
-  for (auto& plan : m_plans) {
-    if (plan.operation == operation) {
-      ++plan.seen;
-      if (plan.nth == EVERY || plan.nth == plan.seen) {
-        code = plan.code;
+  std::vector<Watch> watches;
+  {
+    const std::lock_guard lock(m_mutex);
+    m_calls.push_back(fmt::format("{}({})", operation, arguments));
+    for (auto& plan : m_plans) {
+      if (plan.operation == operation) {
+        ++plan.seen;
+        if (plan.nth == EVERY || plan.nth == plan.seen) {
+          code = plan.code;
+        }
       }
+    }
+    std::copy_if(m_watches.begin(), m_watches.end(), std::back_inserter(watches),
+                 [operation](const Watch& watch) { return watch.operation == operation; });
+  }
+  for (const auto& watch : watches) {
+    if (const auto action = watch.action.lock()) {
+      (*action)();
     }
   }
   if (code == THROW) {

@@ -4,7 +4,9 @@
 #include <fmt/format.h>
 
 #include <cstdint>
+#include <functional>
 #include <initializer_list>
+#include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -28,6 +30,9 @@ class FakeCalls {
   static constexpr std::uint32_t THROW = 0xFFFFFFFFU;
   /// No call fails any more.
   void failNothing();
+  /// As long as the result lives, each call of an operation runs the action before it is answered: for a look at what is so
+  /// at that moment.
+  [[nodiscard]] std::shared_ptr<const void> onCall(std::string operation, std::function<void()> action);
 
   /// Notes a call; the code with which it has to fail, if it has to.
   template <typename... ARGUMENTS>
@@ -58,12 +63,17 @@ class FakeCalls {
     int nth;
     int seen = 0;
   };
+  struct Watch {
+    std::string operation;
+    std::weak_ptr<const std::function<void()>> action;
+  };
 
   std::optional<std::uint32_t> add(std::string_view operation, const std::string& arguments);
 
   mutable std::mutex m_mutex;
   std::vector<std::string> m_calls;
   std::vector<Plan> m_plans;
+  std::vector<Watch> m_watches;
 };
 
 }  // namespace motion::test

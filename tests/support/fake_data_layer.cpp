@@ -1,6 +1,8 @@
 // A pretended data layer: providers, and real-time memories of real bytes.
 #include "support/fake_data_layer.h"
 
+#include <utility>
+
 namespace motion::test {
 namespace {
 
@@ -94,8 +96,9 @@ DlResult FakeProvider::start() {
 }
 
 DlResult FakeProvider::stop() {
-  m_isStarted = false;
-  return toResult(m_calls.note("provider.stop"));
+  const auto code = m_calls.note("provider.stop");
+  const bool wasStarted = std::exchange(m_isStarted, false);
+  return wasStarted ? toResult(code) : comm::datalayer::DL_FAILED;
 }
 
 DlResult FakeProvider::registerNode(const std::string& address, IProviderNode* node) {

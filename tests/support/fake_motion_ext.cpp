@@ -25,7 +25,7 @@ void* FakeSectionMgr::getSection(const char* name) {
 
 core::cmd::CmdState FakeObj::getCmdState(std::uint64_t cmdID) const {
   const auto found = m_cmdStates.find(cmdID);
-  return found != m_cmdStates.end() ? found->second : core::cmd::CmdState::DONE;
+  return answer(found != m_cmdStates.end() ? found->second : core::cmd::CmdState::DONE);
 }
 
 core::IObj* FakeObjMgr::findObj(const char* name, std::uint32_t flags) {

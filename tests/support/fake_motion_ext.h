@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 
@@ -40,9 +41,9 @@ class FakeObj : public core::IObj {
   bool isAxis() const override { return m_isAxis; }
   bool isEncoder() const override { return m_isEncoder; }
   bool isKinematics() const override { return m_isKinematics; }
-  std::uint64_t getLatestPreparedCmdID() const override { return m_latestPreparedCmdID; }
-  std::uint64_t getCurrentCmdID() const override { return m_currentCmdID; }
-  std::uint64_t getCycleCount() const override { return m_cycleCount; }
+  std::uint64_t getLatestPreparedCmdID() const override { return answer(m_latestPreparedCmdID); }
+  std::uint64_t getCurrentCmdID() const override { return answer(m_currentCmdID); }
+  std::uint64_t getCycleCount() const override { return answer(m_cycleCount); }
   core::cmd::CmdState getCmdState(std::uint64_t cmdID) const override;
   double getCycleTime() const override { return m_cycleTime; }
   const core::UnitSettings& getUnitSettings() const override { return m_unitSettings; }
@@ -58,6 +59,13 @@ class FakeObj : public core::IObj {
   double m_cycleTime = 0.001;  ///< [s]
   core::UnitSettings m_unitSettings;
   FakeDia m_dia;
+  bool m_throws = false;  ///< what it is asked about its commands and cycles
+
+ private:
+  template <typename VALUE>
+  [[nodiscard]] VALUE answer(VALUE value) const {
+    return m_throws ? throw std::runtime_error("no answer now") : value;
+  }
 };
 
 /// Objects by name. Operation: "objMgr.findObj".

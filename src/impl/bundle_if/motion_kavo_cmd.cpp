@@ -84,16 +84,16 @@ struct Request {
   const char* objName;
 };
 
-/// Hands a command to the context: AXIS_CMD or KIN_CMD, whatever the object is.
-template <typename AXIS_CMD, typename KIN_CMD>
-FctResult addCommand(const CallSite& site, const Request& request, const core::IContainer& values,
-                     unsigned long& cmdId) noexcept {
+/// Hands a command to the context, with the parameters that `makeValues` makes: AXIS_CMD or KIN_CMD, whatever the object is.
+template <typename AXIS_CMD, typename KIN_CMD, typename MAKE_VALUES>
+FctResult addCommand(const CallSite& site, const Request& request, unsigned long& cmdId, MAKE_VALUES makeValues) noexcept {
   auto type = ObjectType::UNDEFINED;
   if (const FctResult result = resolveObjectType(site, request.context, request.objName, type); core::isFailure(result)) {
     return result;
   }
   return guarded(FctResult::OutOfMemory, [&] {
     const core::cmd::CmdId& id = type == ObjectType::AXIS ? AXIS_CMD::getCmdId() : KIN_CMD::getCmdId();
+    const auto values = makeValues();
     return request.context->addCmd(request.source, request.objName, id.name, values, 1, &cmdId);
   });
 }
@@ -195,39 +195,36 @@ FctResult MotionKavoCmd::setSignalCmd(core::cmd::ICmdContext* context, const cor
                                       const char* objName, unsigned int signalId, unsigned long& cmdId) noexcept {
   return addCommand<CmdSendSignal<ObjectType::AXIS, SignalAction::SET>,
                     CmdSendSignal<ObjectType::KINEMATICS, SignalAction::SET>>(
-      KAVO_HERE, {context, source, objName}, cmd::CmdSendSignalPars({.signalId = signalId}), cmdId);
+      KAVO_HERE, {context, source, objName}, cmdId, [&] { return cmd::CmdSendSignalPars({.signalId = signalId}); });
 }
 
 FctResult MotionKavoCmd::resetSignalCmd(core::cmd::ICmdContext* context, const core::dia::CmdSourceInfo& source,
                                         const char* objName, unsigned int signalId, unsigned long& cmdId) noexcept {
   return addCommand<CmdSendSignal<ObjectType::AXIS, SignalAction::RESET>,
                     CmdSendSignal<ObjectType::KINEMATICS, SignalAction::RESET>>(
-      KAVO_HERE, {context, source, objName}, cmd::CmdSendSignalPars({.signalId = signalId}), cmdId);
+      KAVO_HERE, {context, source, objName}, cmdId, [&] { return cmd::CmdSendSignalPars({.signalId = signalId}); });
 }
 
 FctResult MotionKavoCmd::waitForSignalCmd(core::cmd::ICmdContext* context, const core::dia::CmdSourceInfo& source,
                                           const char* objName, unsigned int signalId, bool autoReset,
                                           unsigned long& cmdId) noexcept {
   return addCommand<CmdWaitForSignal<ObjectType::AXIS>, CmdWaitForSignal<ObjectType::KINEMATICS>>(
-      KAVO_HERE, {context, source, objName}, job::WaitForSignalJobPars({.signalId = signalId, .autoReset = autoReset}),
-      cmdId);
+      KAVO_HERE, {context, source, objName}, cmdId,
+      [&] { return job::WaitForSignalJobPars({.signalId = signalId, .autoReset = autoReset}); });
 }
 
 FctResult MotionKavoCmd::waitForSignalResetCmd(core::cmd::ICmdContext* context, const core::dia::CmdSourceInfo& source,
                                                const char* objName, unsigned int signalId, unsigned long& cmdId) noexcept {
   return addCommand<CmdWaitForSignalReset<ObjectType::AXIS>, CmdWaitForSignalReset<ObjectType::KINEMATICS>>(
-      KAVO_HERE, {context, source, objName}, job::WaitForSignalResetJobPars({.signalId = signalId}), cmdId);
+      KAVO_HERE, {context, source, objName}, cmdId, [&] { return job::WaitForSignalResetJobPars({.signalId = signalId}); });
 }
 
 FctResult MotionKavoCmd::joinCmd(core::cmd::ICmdContext* context, const core::dia::CmdSourceInfo& source,
                                  const char* objName, const std::vector<std::string>& group, bool syncStartNextCmd,
                                  unsigned long& cmdId) noexcept {
-  const CallSite site = KAVO_HERE;
-  return guarded(FctResult::OutOfMemory, [&] {
-    const cmd::CmdJoinPars values({.group = group, .syncStartNextCmd = syncStartNextCmd});
-    return addCommand<CmdJoin<ObjectType::AXIS>, CmdJoin<ObjectType::KINEMATICS>>(site, {context, source, objName}, values,
-                                                                                  cmdId);
-  });
+  return addCommand<CmdJoin<ObjectType::AXIS>, CmdJoin<ObjectType::KINEMATICS>>(
+      KAVO_HERE, {context, source, objName}, cmdId,
+      [&] { return cmd::CmdJoinPars({.group = group, .syncStartNextCmd = syncStartNextCmd}); });
 }
 
 }  // namespace motion::kavo

@@ -48,8 +48,10 @@ core::job::JobResult readData(core::job::IJobDataHandler& handler, core::DataID 
   });
 }
 
-core::job::JobResult addJob(core::job::IJobList& list, const core::job::Job& job, const char* name) noexcept {
-  return guarded(core::job::JobResult::OutOfMemory, [&] { return list.addJob(job, name, cmdDataSection()); });
+core::job::JobResult addJob(core::job::IJobList& list, const core::job::Job& job, const char* name,
+                            SectionID section) noexcept {
+  return guarded(core::job::JobResult::OutOfMemory,
+                 [&] { return list.addJob(job, name, ExtDepMgr::getInstance().getSectionValue(section)); });
 }
 
 core::job::JobResult addCyclicJob(core::job::IJobList* list, core::job::JobListTypes type, const core::job::Job& job,

@@ -71,8 +71,9 @@ template <typename BASETYPE, typename SEMANTIC>
   return result;
 }
 
-/// Adds a job to a list, in the stage of the commands' data. The result of the host, OutOfMemory. [prepare]
-[[nodiscard]] core::job::JobResult addJob(core::job::IJobList& list, const core::job::Job& job, const char* name) noexcept;
+/// Adds a job to the stage of a section. The result of the host, OutOfMemory. [prepare]
+[[nodiscard]] core::job::JobResult addJob(core::job::IJobList& list, const core::job::Job& job, const char* name,
+                                          SectionID section = SectionID::CMD_DATA) noexcept;
 /// Adds a job to the list for cyclic execution; ListTypeNotServed for every other list. [prepare]
 [[nodiscard]] core::job::JobResult addCyclicJob(core::job::IJobList* list, core::job::JobListTypes type,
                                                 const core::job::Job& job, const char* name) noexcept;

@@ -36,23 +36,6 @@ CmdResult getFactories(const CallSite& site, const RegistrationTexts& texts, con
   return CmdResult::Okay;
 }
 
-/// The factory takes the prototypes that it accepts; the others end here.
-CmdResult registerJobs(const CallSite& site, const CmdDescription& description, IObjFactory& objFactory) {
-  std::vector<std::unique_ptr<IAmCreatable>> prototypes;
-  for (const JobPrototype& job : description.jobs) {
-    prototypes.push_back(job.create());
-  }
-  for (auto& prototype : prototypes) {
-    const ObjFactoryResult result = objFactory.registerObj(prototype, 0);
-    // The variant for the other type of object brings the same job.
-    if (core::isFailure(result) && result != ObjFactoryResult::AlreadyKnown) {
-      description.texts.jobRefused(site, result);
-      return CmdResult::JobRegistrationFailed;
-    }
-  }
-  return CmdResult::Okay;
-}
-
 constexpr const char* FACTORY_MISSING = "extIf.getObjFactory() or extIf.getGenericCmdOptionFactory() failed";
 
 }  // namespace
@@ -65,6 +48,30 @@ const RegistrationTexts REGISTRATION_TEXTS = {
           KAVO_TRACE_AT(site, Error, "objFactory->registerObj() failed: %d", core::toCode(result));
         },
 };
+
+CmdResult registerJobs(const CallSite& site, const RegistrationTexts& texts, std::span<const JobPrototype> jobs,
+                       IObjFactory& objFactory) {
+  // The factory takes the prototypes that it accepts; the others end here.
+  std::vector<std::unique_ptr<IAmCreatable>> prototypes;
+  for (const JobPrototype& job : jobs) {
+    prototypes.push_back(job.create());
+  }
+  for (auto& prototype : prototypes) {
+    const ObjFactoryResult result = objFactory.registerObj(prototype, 0);
+    // The variant for the other type of object brings the same job.
+    if (core::isFailure(result) && result != ObjFactoryResult::AlreadyKnown) {
+      texts.jobRefused(site, result);
+      return CmdResult::JobRegistrationFailed;
+    }
+  }
+  return CmdResult::Okay;
+}
+
+void unregisterJobs(std::span<const JobPrototype> jobs, IObjFactory& objFactory) noexcept {
+  for (const JobPrototype& job : jobs) {
+    guarded([&] { (void)objFactory.unregisterObj(job.name, 0); });
+  }
+}
 
 std::vector<std::string> jobNamesOf(std::span<const JobPrototype> jobs) {
   std::vector<std::string> names;
@@ -83,7 +90,8 @@ CmdResult registerCommand(const CallSite& site, const CmdDescription& descriptio
     return result;
   }
   return guarded(CmdResult::OutOfMemory, [&] {
-    if (const CmdResult result = registerJobs(site, description, *factories.objects); core::isFailure(result)) {
+    if (const CmdResult result = registerJobs(site, description.texts, description.jobs, *factories.objects);
+        core::isFailure(result)) {
       return result;
     }
     return factories.commands->registerCmd(
@@ -105,19 +113,18 @@ CmdResult unregisterCommand(const CallSite& site, const CmdDescription& descript
   if (const CmdResult result = getFactories(site, description.texts, extIf, factories); core::isFailure(result)) {
     return result;
   }
-  for (const JobPrototype& job : description.jobs) {
-    // The variant for the other type of object may have taken it away already.
-    guarded([&] { (void)factories.objects->unregisterObj(job.name, 0); });
-  }
+  // The variant for the other type of object may have taken them away already.
+  unregisterJobs(description.jobs, *factories.objects);
   return guarded(CmdResult::OutOfMemory, [&] { return factories.commands->unregisterCmd(getCmdId()); });
 }
 
-void registerDataType(const CallSite& site, core::job::IJobDataIDMgr& idMgr, core::DataID id, const char* name) noexcept {
+void registerDataType(const CallSite& site, core::job::IJobDataIDMgr& idMgr, core::DataID id, const char* name,
+                      const char* shortName) noexcept {
   bool isNew = false;
   if (!guarded([&] { isNew = idMgr.addID(id, name); })) {
     KAVO_TRACE_AT(site, Error, "%s could not be registered", name);
   } else if (!isNew) {
-    KAVO_TRACE_AT(site, Warning, "%s was already registered", name);
+    KAVO_TRACE_AT(site, Warning, "%s was already registered", shortName != nullptr ? shortName : name);
   }
 }
 

@@ -48,6 +48,13 @@ struct CmdDescription {
   const RegistrationTexts& texts;
 };
 
+/// Registers job prototypes; one that the factory knows already is fine. JobRegistrationFailed, with a trace. Throws
+/// std::bad_alloc. [framework]
+[[nodiscard]] core::cmd::CmdResult registerJobs(const CallSite& site, const RegistrationTexts& texts,
+                                                std::span<const JobPrototype> jobs, core::IObjFactory& objFactory);
+/// Whatever comes of it: somebody else may have taken them away already. [framework]
+void unregisterJobs(std::span<const JobPrototype> jobs, core::IObjFactory& objFactory) noexcept;
+
 /// A command for one type of object.
 template <core::ObjectType OBJECT_TYPE>
 struct CmdRegistration {
@@ -71,8 +78,10 @@ template <core::ObjectType OBJECT_TYPE>
                                                      const core::cmd::CmdId& (*getCmdId)(),
                                                      const core::IMotionExt& extIf) noexcept;
 
-/// Announces the name of a record; a warning when it was known already. [framework]
-void registerDataType(const CallSite& site, core::job::IJobDataIDMgr& idMgr, core::DataID id, const char* name) noexcept;
+/// Announces the name of a record; a warning when it was known already, which calls the record `shortName` where that is
+/// given. [framework]
+void registerDataType(const CallSite& site, core::job::IJobDataIDMgr& idMgr, core::DataID id, const char* name,
+                      const char* shortName = nullptr) noexcept;
 
 extern template core::cmd::CmdResult registerCommand(const CallSite&, const CmdDescription&,
                                                      const CmdRegistration<core::ObjectType::AXIS>&, const core::IMotionExt&,

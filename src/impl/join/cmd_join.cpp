@@ -71,6 +71,11 @@ void sortByName(const core::IObjMgr& objMgr, job::JoinGroup& group) {
 
 }  // namespace
 
+void registerJoinDataTypes(core::job::IJobDataIDMgr& idMgr) {
+  registerDataType(KAVO_HERE, idMgr, CmdJoinPars::getMyID(), "CmdJoinPars");
+  registerDataType(KAVO_HERE, idMgr, job::JoinJobPars::getMyID(), "JoinJobPars");
+}
+
 template <ObjectType OBJECT_TYPE>
 const CmdDefinition& CmdJoin<OBJECT_TYPE>::define() noexcept {
   return DEFINITION;
@@ -95,13 +100,13 @@ template <ObjectType OBJECT_TYPE>
 CmdResult CmdJoin<OBJECT_TYPE>::onSetCmdValues(const core::IContainer* cmdValues, const core::dia::CmdSourceInfo& /*source*/,
                                                core::IObj* obj, bool /*flag*/) {
   m_motionObj.setGiven(obj);
-  const auto* const values = CmdJoinPars::safeCast(cmdValues);
-  if (values == nullptr) {
-    KAVO_TRACE_TEXT(Error, "CmdJoinPars::safeCast(cmdValues) failed");
-    return CmdResult::WrongContainer;
-  }
   const CallSite site = KAVO_HERE;
   return guarded(CmdResult::OutOfMemory, [&] {
+    const auto* const values = CmdJoinPars::safeCast(cmdValues);
+    if (values == nullptr) {
+      KAVO_TRACE_AT(site, Error, "%s", "CmdJoinPars::safeCast(cmdValues) failed");
+      return CmdResult::WrongContainer;
+    }
     const CmdJoinParsT pars = values->get();
     if (pars.group.empty()) {
       KAVO_TRACE_AT(site, Error, "%s", "No motion objects specified for the join command");

@@ -137,7 +137,7 @@ JobResult JobObjJoin::registerForJoin() noexcept {
   return JobResult::NoEffect;
 }
 
-bool JobObjJoin::isNextCmdMissing() const noexcept {
+bool JobObjJoin::isNextCmdMissing() const {
   const core::IObj* const obj = getMotionObj();
   return obj->getLatestPreparedCmdID() == obj->getCurrentCmdID();
 }
@@ -149,7 +149,9 @@ JobResult JobObjJoin::joinPreExecute() noexcept {
   if (m_context == nullptr) {
     return JobResult::InvalidObject;
   }
-  m_waitForNextCmd = isNextCmdMissing();
+  if (!guarded([this] { m_waitForNextCmd = isNextCmdMissing(); })) {
+    return JobResult::ExecutionFailed;
+  }
   KAVO_TRACE(Info, "%s: joinCmd seq=%u: %s", m_objName, m_context->seq(),
              m_waitForNextCmd ? "wait for next prepared command" : "next prepared command is available");
   return JobResult::NoEffect;
@@ -159,24 +161,28 @@ JobResult JobObjJoin::joinAndWait() noexcept {
   if (m_context == nullptr) [[unlikely]] {
     return JobResult::InvalidObject;
   }
-  if (m_waitForNextCmd) {
-    m_waitForNextCmd = isNextCmdMissing();
+  const CallSite site = KAVO_HERE;
+  return guarded(JobResult::ExecutionFailed, [this, &site] {
     if (m_waitForNextCmd) {
+      m_waitForNextCmd = isNextCmdMissing();
+      if (m_waitForNextCmd) {
+        return JobResult::NoEffect;
+      }
+      KAVO_TRACE_AT(site, Info, "%s: joinCmd seq=%u: finished waiting for next prepared command", m_objName,
+                    m_context->seq());
+    }
+    if (!m_context->isJoined(m_objIndex)) {
+      m_context->join(m_objIndex);
+      KAVO_TRACE_AT(site, Info, "%s: joinCmd seq=%u: %s has joined", m_objName, m_context->seq(), m_objName);
+    }
+    if (m_context->isAborted() || m_context->joinedCount() != m_context->groupMap().m_infos.size() ||
+        // Exactly then and never later, so that all members end in one and the same cycle or not at all.
+        getMotionObj()->getCycleCount() != m_context->completionCycle() + 1) {
       return JobResult::NoEffect;
     }
-    KAVO_TRACE(Info, "%s: joinCmd seq=%u: finished waiting for next prepared command", m_objName, m_context->seq());
-  }
-  if (!m_context->isJoined(m_objIndex)) {
-    m_context->join(m_objIndex);
-    KAVO_TRACE(Info, "%s: joinCmd seq=%u: %s has joined", m_objName, m_context->seq(), m_objName);
-  }
-  if (m_context->isAborted() || m_context->joinedCount() != m_context->groupMap().m_infos.size() ||
-      // Exactly then and never later, so that all members end in one and the same cycle or not at all.
-      getMotionObj()->getCycleCount() != m_context->completionCycle() + 1) {
-    return JobResult::NoEffect;
-  }
-  KAVO_TRACE(Info, "%s: joinCmd seq=%u: join complete", m_objName, m_context->seq());
-  return JobResult::CmdFinished;
+    KAVO_TRACE_AT(site, Info, "%s: joinCmd seq=%u: join complete", m_objName, m_context->seq());
+    return JobResult::CmdFinished;
+  });
 }
 
 void JobObjJoin::onAbort() noexcept {
@@ -187,16 +193,16 @@ void JobObjJoin::onAbort() noexcept {
   m_context->markAborted(m_objIndex);
 }
 
-std::uint64_t JobObjJoin::getCmdId() const noexcept {
+std::uint64_t JobObjJoin::getCmdId() const {
   const core::cmd::ICmd* const cmd = m_joinCmdPtr != nullptr ? m_joinCmdPtr->get() : nullptr;
   return cmd != nullptr ? cmd->getCmdID() : 0;
 }
 
-const core::IObj* JobObjJoin::getMotionObj() const noexcept {
+const core::IObj* JobObjJoin::getMotionObj() const {
   return m_motionObjPtr != nullptr ? m_motionObjPtr->get() : nullptr;
 }
 
-const JoinGroup* JobObjJoin::getGroup() const noexcept {
+const JoinGroup* JobObjJoin::getGroup() const {
   return m_joinJobPars != nullptr ? &m_joinJobPars->getRef().group : nullptr;
 }
 

@@ -30,15 +30,15 @@ class JobObjJoin : public core::job::JobObjectBase {
   /// Joins as soon as nothing is to be waited for, and is finished exactly one cycle after the last member has joined.
   /// [cyclic & real-time]
   core::job::JobResult joinAndWait() noexcept;
-  /// The command was aborted, and so is the occurrence. [any & real-time]
+  /// The command was aborted, and so is the occurrence. In the thread that has the command. [prepare | cyclic & real-time]
   void onAbort() noexcept;
 
   /// Host ID of the job's command, 0 without one. [any & real-time]
-  [[nodiscard]] std::uint64_t getCmdId() const noexcept;
+  [[nodiscard]] std::uint64_t getCmdId() const;
   /// The object on which the job runs, null without one. [any & real-time]
-  [[nodiscard]] const core::IObj* getMotionObj() const noexcept;
+  [[nodiscard]] const core::IObj* getMotionObj() const;
   /// The members, null before registerInputs. [prepare]
-  [[nodiscard]] const JoinGroup* getGroup() const noexcept;
+  [[nodiscard]] const JoinGroup* getGroup() const;
   /// The occurrence in which the job takes part, null before registerForJoin. [prepare]
   [[nodiscard]] const JoinCmdGlobalContext* getContext() const noexcept { return m_context.get(); }
   /// Looks the names up that traces show. [prepare]
@@ -46,7 +46,7 @@ class JobObjJoin : public core::job::JobObjectBase {
 
  private:
   /// Is the newest prepared command still the one that is being executed?
-  [[nodiscard]] bool isNextCmdMissing() const noexcept;
+  [[nodiscard]] bool isNextCmdMissing() const;
   [[nodiscard]] core::job::JobResult readInputs(core::job::IJobDataHandler& handler) noexcept;
 
   core::NamedType<JoinJobParsT, JoinJobPars___t>* m_joinJobPars = nullptr;

@@ -135,7 +135,7 @@ bool JoinCmdGlobalContext::isLinked(const core::IObj* obj) const noexcept {
   return info != infos.end() && info->cmdId != 0;
 }
 
-int JoinCmdGlobalContext::linkJobObject(const JobObjJoin& job) noexcept {
+int JoinCmdGlobalContext::linkJobObject(const JobObjJoin& job) {
   auto& infos = m_groupMap.m_infos;
   const auto info = std::ranges::find(infos, job.getMotionObj(), &ObjJoinInfo::motionObj);
   if (info == infos.end()) {
@@ -149,7 +149,7 @@ bool JoinCmdGlobalContext::isAllObjLinked() const noexcept {
   return std::ranges::all_of(m_groupMap.m_infos, [](const ObjJoinInfo& info) { return info.cmdId != 0; });
 }
 
-void JoinCmdGlobalContext::join(int index) noexcept {
+void JoinCmdGlobalContext::join(int index) {
   ObjJoinInfo* const info = infoAt(index);
   if (info == nullptr || info->joinSeq != 0) {
     return;
@@ -181,7 +181,7 @@ bool JoinCmdGlobalContext::isAborted() const noexcept {
   return loadFlag(m_aborted);
 }
 
-void JoinCmdGlobalContext::determineAbortedFromCmdStates() noexcept {
+void JoinCmdGlobalContext::determineAbortedFromCmdStates() {
   if (isAborted()) {
     return;
   }
@@ -202,7 +202,7 @@ bool JoinCmdGlobalContext::isSameGroup(const JoinCmdGlobalContext& other) const 
   return isSame(m_groupMap.m_infos, other.m_groupMap.m_infos);
 }
 
-bool JoinCmdGlobalContext::isValidJobObject(const JobObjJoin& job) noexcept {
+bool JoinCmdGlobalContext::isValidJobObject(const JobObjJoin& job) {
   return job.getGroup() != nullptr && job.getMotionObj() != nullptr;
 }
 

@@ -53,23 +53,23 @@ class JoinCmdGlobalContext {
   static void reset();
 
   /// Notes the member's command. Its index; -1 for a stranger. [prepare]
-  int linkJobObject(const JobObjJoin& job) noexcept;
+  int linkJobObject(const JobObjJoin& job);
   [[nodiscard]] bool isAllObjLinked() const noexcept;  ///< [prepare]
   /// The member has arrived; the last arrival notes the cycle of its object. A second time nothing happens.
   /// [cyclic & real-time]
-  void join(int index) noexcept;
+  void join(int index);
   [[nodiscard]] bool isJoined(int index) const noexcept;  ///< [cyclic & real-time]
   /// The member's command was aborted, and with it the whole occurrence. [any & real-time]
   void markAborted(int index) noexcept;
   [[nodiscard]] bool isAborted(int index) const noexcept;  ///< [any & real-time]
   /// Notes the first member, in group order, whose command is aborted according to its object. [prepare]
-  void determineAbortedFromCmdStates() noexcept;
+  void determineAbortedFromCmdStates();
 
   /// The same members, in whatever order. [prepare]
   [[nodiscard]] bool isSameGroup(const JoinGroup& group) const noexcept;
   [[nodiscard]] bool isSameGroup(const JoinCmdGlobalContext& other) const noexcept;  ///< [prepare]
   /// A job that has its data and an object. [prepare]
-  [[nodiscard]] static bool isValidJobObject(const JobObjJoin& job) noexcept;
+  [[nodiscard]] static bool isValidJobObject(const JobObjJoin& job);
 
   /// The newest open occurrence of the group; null when there is none. [prepare]
   [[nodiscard]] static std::shared_ptr<JoinCmdGlobalContext> findMostRecent(const JoinGroup& group);

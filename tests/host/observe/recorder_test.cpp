@@ -5,6 +5,7 @@
 #include "host/datalayer/data_layer.h"
 #include "host/motion/builtin/builtin_cmds.h"
 #include "host/motion/runtime.h"
+#include "support/fake_allocation.h"
 
 namespace motion::host::observe {
 namespace {
@@ -55,7 +56,7 @@ TEST_F(RecorderTest, KnowsTheObjects) {
 }
 
 TEST_F(RecorderTest, FillsTheProgramInTheOrderOfIssuing) {
-  sut.setProgram(0, {{"Dwell", "{time: 1}", 5, false, "", {}}, {"Dwell", "{time: 2}", 6, true, "x", 3}});
+  sut.setProgram(0, {{"Dwell", "{time: 1}", 5, false, "", {}, {}}, {"Dwell", "{time: 2}", 6, true, "x", 3, {}}});
   const auto first = dwell(0.002);
   sut.drain();
   ASSERT_EQ(commands().size(), 2U);
@@ -143,6 +144,22 @@ TEST_F(RecorderTest, TakesProbesInTheirCycle) {
   EXPECT_NEAR(sut.probes()[1].position, 0.101, 1e-12);
   EXPECT_LT(sut.probes()[0].position, sut.probes()[1].position);
   EXPECT_FALSE(sut.probes()[2].taken);
+}
+
+TEST_F(RecorderTest, CountsWhatItCouldNotNote) {
+  const builtin::DwellPars values(builtin::DwellParsT{0.001});
+  unsigned long id = 0;
+  auto result = core::FctResult::NotOkay;
+  for (int nth = 1; core::isFailure(result); ++nth) {
+    const test::AllocationFailure failure(nth);
+    result = m_runtime.addCmd({}, "A", "Dwell", values, 1, &id);
+    ASSERT_TRUE(failure.happened()) << "noting needs memory, and comes after all else";
+  }
+  steps(2);
+  sut.drain();
+  EXPECT_EQ(m_axis->getCmdState(id), CmdState::DONE) << "the command does not suffer from it";
+  EXPECT_EQ(m_record.lostEvents, 1U);
+  EXPECT_FALSE(m_record.isFine());
 }
 
 }  // namespace

@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <optional>
+
 #include "host/observe/text_report.h"
 #include "host/scenario/scenario_reader.h"
 
@@ -11,26 +13,33 @@ namespace {
 
 using core::cmd::CmdState;
 using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
 
 class PlayerTest : public testing::Test {
  protected:
-  /// Plays a scenario in a session of its own; real time when asked for.
-  observe::RunRecord play(const std::string& text, bool realTime = false,
-                          const std::function<void(const Progress&)>& onProgress = {}) {
+  /// Plays a scenario in a session of its own; in real time when somebody watches.
+  observe::RunRecord play(const std::string& text, const std::optional<Watch>& watch = {}, std::uint64_t stuckAfter = 0) {
     const auto read = scenario::readScenarioText(text, "test.yaml");
     EXPECT_TRUE(read.scenario) << (read.problems.empty() ? "" : read.problems[0].text());
-    Session session({KAVO_BUNDLE, {read.scenario->cycleTime, read.scenario->bufferSize}, std::chrono::seconds(30), false});
+    return play(*read.scenario, watch, stuckAfter);
+  }
+
+  observe::RunRecord play(const scenario::Scenario& scenario, const std::optional<Watch>& watch = {},
+                          std::uint64_t stuckAfter = 0) {
+    Session session({KAVO_BUNDLE, {scenario.cycleTime, scenario.bufferSize}, std::chrono::seconds(30), false});
     std::string problem;
     EXPECT_TRUE(session.open(problem)) << problem;
-    for (const auto& object : read.scenario->objects) {
+    for (const auto& object : scenario.objects) {
       session.runtime().addObject(object.name, object.type, object.start);
     }
-    auto program = prepareProgram(*read.scenario, session.runtime(), [&] { return session.takeMessages(); });
+    auto program = prepareProgram(scenario, session.runtime(), [&] { return session.takeMessages(); });
     EXPECT_TRUE(program.problems.empty()) << program.problems[0].text();
-    Player sut(session, *read.scenario, std::move(program.programs));
+    Player sut(session, scenario, std::move(program.programs));
     EXPECT_TRUE(sut.connect(problem)) << problem;
-    if (realTime) {
-      sut.playReal(onProgress);
+    if (watch) {
+      sut.setStuckAfter(stuckAfter);
+      sut.playReal(*watch);
     } else {
       sut.playVirtual();
     }
@@ -60,7 +69,7 @@ TEST_F(PlayerTest, PlaysToTheEnd) {
 TEST_F(PlayerTest, RepeatsItselfExactly) { EXPECT_EQ(observe::eventList(play(HAND_OVER)), observe::eventList(play(HAND_OVER))); }
 
 TEST_F(PlayerTest, PlaysTheSameInRealTime) {
-  const auto record = play(HAND_OVER, true);
+  const auto record = play(HAND_OVER, Watch());
   EXPECT_TRUE(record.isFine());
   EXPECT_TRUE(record.realTime);
   ASSERT_TRUE(record.punctuality);
@@ -72,13 +81,94 @@ TEST_F(PlayerTest, PlaysTheSameInRealTime) {
 
 TEST_F(PlayerTest, TellsItsProgressInRealTime) {
   std::vector<Progress> told;
-  play("objects: [{name: A, type: axis}]\nprogram: {A: [Dwell: {time: 0.7}, Dwell: {time: 0.01}]}\n", true,
-       [&](const Progress& progress) { told.push_back(progress); });
+  Watch watch;
+  watch.onProgress = [&](const Progress& progress) { told.push_back(progress); };
+  play("objects: [{name: A, type: axis}]\nprogram: {A: [Dwell: {time: 0.7}, Dwell: {time: 0.01}]}\n", watch);
   ASSERT_FALSE(told.empty());
   EXPECT_EQ(told[0].total, 2U);
   EXPECT_EQ(told[0].issued, 2U);
   EXPECT_EQ(told[0].ended, 0U);
   EXPECT_GT(told[0].time, 0.0);
+}
+
+TEST_F(PlayerTest, ExplainsWhoWaitsForWhomWhenSomebodyWantsToKnow) {
+  std::string told;
+  Watch watch;
+  watch.wantsExplanation = [&] { return told.find("A is busy") == std::string::npos; };
+  watch.onExplanation = [&](const std::string& text) { told = text; };
+  const auto record = play(
+      "objects: [{name: A, type: axis}, {name: B, type: axis}]\n"
+      "program:\n"
+      "  A: [Dwell: {time: 0.7}, SetSignal: {signalId: 1}]\n"
+      "  B: [WaitForSignal: {signalId: 1}, MoveAbs: {to: 1}]\n",
+      watch);
+  EXPECT_TRUE(record.isFine()) << "the run goes on";
+  EXPECT_THAT(told, StartsWith("cycle "));
+  EXPECT_THAT(told, HasSubstr(":\n  A is busy in A#1 Dwell (line 3) since cycle "));
+  EXPECT_THAT(told, HasSubstr("\n  B waits in B#1 WaitForSignal (line 4) since cycle "));
+  EXPECT_THAT(told, HasSubstr("\n    A#2 SetSignal (line 3) would set it, but A is busy in A#1"));
+  EXPECT_THAT(told, Not(HasSubstr("needs a write from outside")));
+}
+
+constexpr const char* NEVER_SET = "objects: [{name: A, type: axis}]\nprogram: {A: [WaitForSignal: {signalId: 7}]}\n";
+
+TEST_F(PlayerTest, GivesUpAStuckRealTimeRunAfterAQuarterOfASecond) {
+  const auto record = play(NEVER_SET, Watch());
+  EXPECT_THAT(record.stuck, HasSubstr("nothing can happen any more"));
+  EXPECT_GE(record.cycles, record.objects.at(0).commands.at(0).active + 250);
+}
+
+TEST_F(PlayerTest, GivesUpAStuckRealTimeRunAfterTheCyclesThatWereAskedFor) {
+  const auto soon = play(NEVER_SET, Watch(), 20);
+  EXPECT_THAT(soon.stuck, HasSubstr("nothing can happen any more"));
+  EXPECT_GE(soon.cycles, soon.objects.at(0).commands.at(0).active + 20);
+  const auto late = play(NEVER_SET, Watch(), 600);
+  EXPECT_GE(late.cycles, late.objects.at(0).commands.at(0).active + 600);
+}
+
+TEST_F(PlayerTest, ExplainsACircleWhenItIsStuck) {
+  const auto record = play(
+      "objects: [{name: A, type: axis}, {name: B, type: axis}, {name: C, type: axis}]\n"
+      "program:\n"
+      "  A: [Join: {group: [B]}, Join: {group: [C]}]\n"
+      "  B: [Dwell: {time: 0.01}, Join: {group: [C]}, Join: {group: [A]}]\n"
+      "  C: [Dwell: {time: 0.02}, Join: {group: [A]}, Join: {group: [B]}]\n");
+  EXPECT_THAT(record.stuck, HasSubstr("since cycle 21 nothing can happen any more:\n  A waits in A#1 Join (line 3)"));
+  EXPECT_THAT(record.stuck, HasSubstr("\n    missing: B, who has yet to come to B#3 Join (line 4), but B waits in B#2\n"));
+  EXPECT_THAT(record.stuck, HasSubstr("\n  circle: A waits for B, B waits for C, C waits for A; closed in cycle 21 by C\n"
+                                      "  certain deadlock of A, B, C: no write from outside can help"));
+}
+
+TEST_F(PlayerTest, AThousandMembersOfAJoinEndInTheSameCycle) {
+  // More than a file can hold: each member names all of them.
+  constexpr std::size_t COUNT = 1000;
+  scenario::Scenario scenario;
+  scenario::Value group;
+  group.kind = scenario::Value::Kind::LIST;
+  for (std::size_t i = 0; i < COUNT; ++i) {
+    scenario.objects.push_back(
+        {"M" + std::to_string(i), i % 2 == 0 ? core::ObjectType::AXIS : core::ObjectType::KINEMATICS, {}, {}});
+    group.items.emplace_back();
+    group.items.back().kind = scenario::Value::Kind::SCALAR;
+    group.items.back().text = scenario.objects.back().name;
+  }
+  const auto read =
+      scenario::readScenarioText("objects: [{name: M, type: axis}]\nprogram: {M: [Dwell: {time: 0.01}]}\n", "t");
+  scenario::CommandCall join;
+  join.name = "Join";
+  join.parameters.kind = scenario::Value::Kind::MAP;
+  join.parameters.fields.emplace_back("group", std::move(group));
+  for (const scenario::ObjectDef& object : scenario.objects) {
+    scenario.programs.push_back({object.name, {join}, {}});
+  }
+  auto& last = scenario.programs[COUNT / 2].commands;
+  last.insert(last.begin(), read.scenario->programs.at(0).commands.at(0));
+  const auto record = play(scenario);
+  EXPECT_TRUE(record.isFine()) << record.stuck;
+  for (const observe::ObjectRecord& object : record.objects) {
+    ASSERT_EQ(object.commands.back().state, CmdState::DONE) << object.name;
+    ASSERT_EQ(object.commands.back().ended, 12U) << object.name;
+  }
 }
 
 TEST_F(PlayerTest, WritesFromOutsideBeforeTheFirstCycleAtTheirTime) {

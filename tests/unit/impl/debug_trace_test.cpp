@@ -4,6 +4,8 @@
 #include <fmt/format.h>
 #include <gmock/gmock.h>
 
+#include <functional>
+#include <stdexcept>
 #include <string>
 
 #include "support/fake_allocation.h"
@@ -15,6 +17,8 @@ namespace {
 
 using common::log::trace::EnablingState;
 using common::log::trace::ILogRealTime3;
+using common::log::trace::LogParameters;
+using common::log::trace::TraceResult;
 using sut = DebugTrace;
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -64,9 +68,18 @@ TEST_P(DebugTraceLevelTest, HandsTheSinkACompleteRecord) {
   EXPECT_EQ(entry.text, "a text has 5");
 }
 
+TEST(TraceTypeTest, HasItsNumbers) {
+  EXPECT_EQ(static_cast<std::uint32_t>(TraceType::Info), 0U);
+  EXPECT_EQ(static_cast<std::uint32_t>(TraceType::Warning), 1U);
+  EXPECT_EQ(static_cast<std::uint32_t>(TraceType::Error), 2U);
+}
+
 INSTANTIATE_TEST_SUITE_P(All, DebugTraceLevelTest,
                          testing::Values(LevelCase{TraceType::Info, 0x090A0FFC}, LevelCase{TraceType::Warning, 0x090E0FFC},
                                          LevelCase{TraceType::Error, 0x090F0FFC},
+                                         LevelCase{static_cast<TraceType>(0), 0x090A0FFC},
+                                         LevelCase{static_cast<TraceType>(1), 0x090E0FFC},
+                                         LevelCase{static_cast<TraceType>(2), 0x090F0FFC},
                                          LevelCase{static_cast<TraceType>(5), 0x090F0FFC},
                                          LevelCase{static_cast<TraceType>(0xFFFFFFFF), 0x090F0FFC}));
 
@@ -201,6 +214,32 @@ TEST_F(DebugTraceTest, StaysWithTheBufferedSinkWhenRegisteringFails) {
                           "so continue using buffered trace."));
 }
 
+/// Counts its calls and looks at nothing that it is given.
+class CountingSink : public ILogRealTime3 {
+ public:
+  TraceResult logRealTime(unsigned int /*mainDiagnosisCode*/, const LogParameters* /*parameters*/, ...) override {
+    ++m_calls;
+    return TraceResult::Ok;
+  }
+  TraceResult logRealTimeVaList(unsigned int /*mainDiagnosisCode*/, const LogParameters* /*parameters*/,
+                                std::va_list /*arguments*/) override {
+    ++m_calls;
+    return TraceResult::Ok;
+  }
+
+  int m_calls = 0;
+};
+
+/// Throws whatever it is given.
+class ThrowingSink : public CountingSink {
+ public:
+  TraceResult logRealTimeVaList(unsigned int mainDiagnosisCode, const LogParameters* parameters,
+                                std::va_list arguments) override {
+    (void)CountingSink::logRealTimeVaList(mainDiagnosisCode, parameters, arguments);
+    throw std::runtime_error("planned failure");
+  }
+};
+
 /// Writes its sink even when it then fails, or writes none when it does not.
 class OddTraceService : public test::FakeTraceService {
  public:
@@ -208,8 +247,13 @@ class OddTraceService : public test::FakeTraceService {
       : FakeTraceService(calls, any), m_oddSink(sink), m_result(result) {}
   std::int32_t registerUnit(ILogRealTime3** sink, const char* /*unitName*/, const EnablingCallback& /*callback*/) override {
     *sink = m_oddSink;
+    if (m_afterSink) {
+      m_afterSink();
+    }
     return m_result;
   }
+
+  std::function<void()> m_afterSink;  ///< runs once the sink is written
 
  private:
   ILogRealTime3* m_oddSink;
@@ -240,6 +284,90 @@ TEST_F(DebugTraceTest, TakesANonNegativeResultForSuccess) {
   EXPECT_EQ(sut::getTrace(), &m_sink);
 }
 
+TEST_F(DebugTraceTest, LeavesTheTextToTheSink) {
+  // Whoever reads this text crashes.
+  const char* const unreadable = reinterpret_cast<const char*>(1);
+  CountingSink sink;
+  OddTraceService service(m_calls, m_sink, &sink, 0);
+  sut::addTraceBundle(&service);
+  sink.m_calls = 0;
+  sut::doTrace(TraceType::Info, "a", "f", 1, "%s", unreadable);
+  EXPECT_EQ(sink.m_calls, 1);
+  sut::setTraceEnablingState({false, false, false});
+  for (const auto type : {TraceType::Info, TraceType::Warning, TraceType::Error}) {
+    sut::doTrace(type, unreadable, unreadable, 1, "%s", unreadable);
+  }
+  EXPECT_EQ(sink.m_calls, 1) << "with the level off nobody looks at anything";
+}
+
+TEST_F(DebugTraceTest, SurvivesAnExceptionOfTheSink) {
+  ThrowingSink sink;
+  OddTraceService service(m_calls, m_sink, &sink, 0);
+  sut::addTraceBundle(&service);
+  sut::doTrace(TraceType::Error, "a", "f", 1, "%s", "text");
+  EXPECT_EQ(sink.m_calls, 2);
+  EXPECT_EQ(sut::getTrace(), &sink);
+}
+
+TEST_F(DebugTraceTest, HandsTheServiceItsOwnSinkToWrite) {
+  OddTraceService service(m_calls, m_sink, &m_sink, 0);
+  service.m_afterSink = [] { sut::doTrace(TraceType::Info, "a", "f", 1, "%s", "during registration"); };
+  sut::addTraceBundle(&service);
+  EXPECT_THAT(m_sink.summaries(),
+              ElementsAre("Info a f: during registration", StartsWith("Info debug_trace addTraceBundle: Registered trace")));
+  EXPECT_THAT(m_journal.entries(), IsEmpty());
+}
+
+TEST_F(DebugTraceTest, TakesAnExceptionForAFailureToRegister) {
+  const std::string expected =
+      "090F0FFC debug_trace addTraceBundle: Calling 'registerUnit' failed with error code 0xFFFFFFFF, so continue using "
+      "buffered trace.";
+  m_calls.fail("trace.registerUnit", test::FakeCalls::THROW);
+  sut::addTraceBundle(&m_service);
+  EXPECT_EQ(sut::getTrace(), sut::getBufferedTrace());
+  EXPECT_THAT(m_journal.summaries(), ElementsAre(expected));
+
+  OddTraceService service(m_calls, m_sink, &m_sink, 0);
+  service.m_afterSink = [] { throw std::runtime_error("planned failure"); };
+  sut::addTraceBundle(&service);
+  EXPECT_EQ(sut::getTrace(), sut::getBufferedTrace()) << "though a sink was written";
+  EXPECT_THAT(m_journal.summaries(), ElementsAre(expected, expected));
+  EXPECT_THAT(m_sink.entries(), IsEmpty());
+}
+
+TEST_F(DebugTraceTest, LeavesTheSinkOfOneServiceWhenAnotherOneFails) {
+  registerUnit();
+  test::FakeTraceSink otherSink;
+  OddTraceService other(m_calls, otherSink, &m_sink, -7);
+  sut::addTraceBundle(&other);
+  EXPECT_EQ(sut::getTrace(), sut::getBufferedTrace());
+  EXPECT_THAT(m_journal.summaries(), ElementsAre(StartsWith("090F0FFC debug_trace addTraceBundle: Calling 'registerUnit' "
+                                                            "failed with error code 0xFFFFFFF9")));
+  EXPECT_THAT(m_sink.entries(), IsEmpty());
+}
+
+TEST_F(DebugTraceTest, RefusesNoServiceAndKeepsItsSink) {
+  sut::addTraceBundle(nullptr);
+  EXPECT_THAT(m_journal.summaries(), ElementsAre("090F0FFC debug_trace addTraceBundle: registration is NULL"));
+  EXPECT_EQ(sut::getTrace(), sut::getBufferedTrace());
+  registerUnit();
+  sut::addTraceBundle(nullptr);
+  EXPECT_THAT(m_sink.summaries(), ElementsAre("Error debug_trace addTraceBundle: registration is NULL"));
+  EXPECT_EQ(m_sink.entries()[0].format, "%s");
+  EXPECT_EQ(sut::getTrace(), &m_sink);
+}
+
+TEST_F(DebugTraceTest, LeavesTheSinkOfAServiceThatNobodyNames) {
+  registerUnit();
+  sut::removeTraceBundle(nullptr);
+  EXPECT_EQ(sut::getTrace(), sut::getBufferedTrace());
+  EXPECT_THAT(m_journal.summaries(), ElementsAre("090F0FFC debug_trace removeTraceBundle: registration is NULL"));
+  EXPECT_THAT(m_sink.entries(), IsEmpty());
+  EXPECT_THAT(m_calls.all(), IsEmpty());
+  sut::removeTraceBundle(nullptr);
+  EXPECT_EQ(m_journal.entries().size(), 1U) << "nothing happens while the buffered sink is current";
+}
+
 TEST_F(DebugTraceTest, SwitchesToTheBufferedSinkBeforeItGivesTheOldOneBack) {
   registerUnit();
   const ILogRealTime3* duringUnregister = nullptr;
@@ -261,6 +389,17 @@ TEST_F(DebugTraceTest, TracesAFailureToUnregisterAndLeavesAllTheSame) {
   EXPECT_THAT(
       m_journal.summaries(),
       ElementsAre("090F0FFC debug_trace removeTraceBundle: Calling 'unregisterUnit' failed with error code 0x80000005.",
+                  "090A0FFC debug_trace removeTraceBundle: Removed trace from bundle."));
+}
+
+TEST_F(DebugTraceTest, TakesAnExceptionForAFailureToUnregister) {
+  registerUnit();
+  m_calls.fail("trace.unregisterUnit", test::FakeCalls::THROW);
+  sut::removeTraceBundle(&m_service);
+  EXPECT_EQ(sut::getTrace(), sut::getBufferedTrace());
+  EXPECT_THAT(
+      m_journal.summaries(),
+      ElementsAre("090F0FFC debug_trace removeTraceBundle: Calling 'unregisterUnit' failed with error code 0xFFFFFFFF.",
                   "090A0FFC debug_trace removeTraceBundle: Removed trace from bundle."));
 }
 

@@ -1,6 +1,8 @@
 // How the real-time memories of the signals come and go.
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -37,8 +39,17 @@ const std::vector<std::string> TERMINATE_CALLS = {
     "provider.destroyed()",
 };
 
+/// What a provider that was never started answers to a stop.
+const std::string NOT_STARTED = "Error rt_signals terminate: Stopping provider failed with: DL_FAILED";
+
 class RtSignalsInitializeTest : public ImplTest {
  protected:
+  /// The field at that place, counted in pointers.
+  template <typename FIELD>
+  [[nodiscard]] static const FIELD& fieldOf(const RtSignals& sut, std::size_t place) {
+    return *reinterpret_cast<const FIELD*>(reinterpret_cast<const std::byte*>(&sut) + place * sizeof(void*));
+  }
+  [[nodiscard]] static const void* factoryOf(const RtSignals& sut) { return fieldOf<const void*>(sut, 1); }
   [[nodiscard]] const test::FakeMemoryState& memory(const std::string& address) const {
     return *m_host.dataLayer.m_memories.at(address);
   }
@@ -179,7 +190,30 @@ TEST_F(RtSignalsInitializeTest, TracesAMissingProvider) {
   EXPECT_THAT(traces(), ElementsAre("Error rt_signals initialize: Failed to create a provider"));
   EXPECT_EQ(m_host.traceSink.entries()[0].format, "%s");
   EXPECT_THAT(m_host.calls.all(), ElementsAre("dataLayer.createProvider(inproc:///tmp/datalayer/backend)"));
+  EXPECT_EQ(factoryOf(sut), &m_host.dataLayer) << "the factory stays remembered";
   EXPECT_TRUE(sut.initialize(m_host.dataLayer)) << "a later attempt starts from a clean state";
+}
+
+TEST_F(RtSignalsInitializeTest, HasItsFieldsInOrder) {
+  constexpr std::size_t IN_MEMORY = 3;
+  constexpr std::size_t OUT_MEMORY = 5;
+  RtSignals sut;
+  EXPECT_EQ(sizeof(sut), 7 * sizeof(void*));
+  EXPECT_EQ(factoryOf(sut), nullptr);
+  ASSERT_TRUE(sut.initialize(m_host.dataLayer));
+  EXPECT_EQ(factoryOf(sut), &m_host.dataLayer);
+  EXPECT_EQ(fieldOf<const void*>(sut, 2), m_host.dataLayer.m_lastProvider);
+  for (const auto& [place, address] : {std::pair(IN_MEMORY, IN_ADDRESS), std::pair(OUT_MEMORY, OUT_ADDRESS)}) {
+    const auto owner = fieldOf<std::shared_ptr<comm::datalayer::IMemoryOwner>>(sut, place);
+    std::uint8_t* data = nullptr;
+    ASSERT_EQ(owner->beginAccess(data, 0), comm::datalayer::DL_OK);
+    EXPECT_EQ(data, memory(address).bytes.data());
+    EXPECT_EQ(owner->endAccess(), comm::datalayer::DL_OK);
+  }
+  sut.terminate();
+  for (std::size_t place = 1; place < 7; ++place) {
+    EXPECT_EQ(fieldOf<const void*>(sut, place), nullptr) << "everything is forgotten: " << place;
+  }
 }
 
 struct FailureCase {
@@ -196,10 +230,10 @@ TEST_P(RtSignalsFailureTest, TracesTheFailureAndCleansUp) {
   m_host.calls.fail(GetParam().operation, REFUSAL, GetParam().nth);
   RtSignals sut;
   EXPECT_FALSE(sut.initialize(m_host.dataLayer));
-  ASSERT_EQ(m_host.traceSink.entries().size(), 1U);
+  ASSERT_EQ(m_host.traceSink.entries().size(), 2U);
   EXPECT_EQ(m_host.traceSink.entries()[0].format, GetParam().format);
   const auto text = GetParam().format.substr(0, GetParam().format.size() - 2) + "DL_LIMIT_MIN";
-  EXPECT_THAT(traces(), ElementsAre("Error rt_signals initialize: " + text));
+  EXPECT_THAT(traces(), ElementsAre("Error rt_signals initialize: " + text, NOT_STARTED));
   auto expected = std::vector<std::string>(INITIALIZE_CALLS.begin(),
                                            INITIALIZE_CALLS.begin() + static_cast<std::ptrdiff_t>(GetParam().callsBefore));
   expected.insert(expected.end(), GetParam().cleanUp.begin(), GetParam().cleanUp.end());
@@ -228,7 +262,7 @@ TEST_F(RtSignalsInitializeTest, NamesAnUnlistedResultUnknown) {
   m_host.calls.fail("provider.start", 0x80010008);
   RtSignals sut;
   EXPECT_FALSE(sut.initialize(m_host.dataLayer));
-  EXPECT_THAT(traces(), ElementsAre("Error rt_signals initialize: Starting provider failed with: unknown"));
+  EXPECT_THAT(traces(), ElementsAre("Error rt_signals initialize: Starting provider failed with: unknown", NOT_STARTED));
 }
 
 TEST_F(RtSignalsInitializeTest, IgnoresAFailureToEndTheAccess) {
@@ -253,6 +287,21 @@ TEST_F(RtSignalsInitializeTest, TracesEachFailureToTakeBackAndGoesOn) {
   EXPECT_EQ(m_host.traceSink.entries()[2].format, "Stopping provider failed with: %s");
   EXPECT_THAT(m_host.calls.all(), ElementsAreArray(TERMINATE_CALLS));
   EXPECT_TRUE(sut.initialize(m_host.dataLayer)) << "the handles are released in any case";
+}
+
+TEST_F(RtSignalsInitializeTest, TakesEachExceptionForAFailureToTakeBackAndGoesOn) {
+  RtSignals sut;
+  ASSERT_TRUE(sut.initialize(m_host.dataLayer));
+  forget();
+  m_host.calls.fail("dataLayer.deleteMemorySync", test::FakeCalls::THROW);
+  m_host.calls.fail("provider.stop", test::FakeCalls::THROW);
+  sut.terminate();
+  EXPECT_THAT(traces(), ElementsAre("Error rt_signals terminate: Cannot delete input memory: DL_FAILED",
+                                    "Error rt_signals terminate: Cannot delete input memory: DL_FAILED",
+                                    "Error rt_signals terminate: Stopping provider failed with: DL_FAILED"));
+  EXPECT_THAT(m_host.calls.all(), ElementsAreArray(TERMINATE_CALLS));
+  EXPECT_TRUE(sut.initialize(m_host.dataLayer)) << "the handles are released in any case";
+  m_host.calls.failNothing();
 }
 
 TEST_F(RtSignalsInitializeTest, SurvivesAnExceptionOfTheDataLayer) {

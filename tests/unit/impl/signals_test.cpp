@@ -1,12 +1,11 @@
 // The signals as the system functions see them.
 #include "impl/signals.h"
 
-#include <cstddef>
-#include <mutex>
 #include <optional>
 #include <thread>
 
 #include "impl_fixture.h"
+#include "signals_mutex.h"
 
 namespace motion::kavo {
 namespace {
@@ -274,22 +273,6 @@ TEST_F(SignalsTest, NamesEachFailureToCloseInItsOwnWay) {
   EXPECT_EQ(m_host.traceSink.entries()[1].format, "Failed to close  %signals_in: Error(%s)");
   EXPECT_THAT(m_host.calls.of({"dataLayer.closeMemory"}),
               ElementsAre("dataLayer.closeMemory(signals_out)", "dataLayer.closeMemory(signals_in)"));
-}
-
-/// The mutex of a store is its last field. It has no other way in, and whether another caller is kept out can only be asked
-/// without waiting.
-bool canAnotherThreadLock(Signals& store) {
-  constexpr std::size_t MUTEX = 2 * sizeof(void*) + 2 * sizeof(std::shared_ptr<void>);
-  static_assert(sizeof(Signals) == MUTEX + sizeof(std::mutex));
-  auto& mutex = *reinterpret_cast<std::mutex*>(reinterpret_cast<std::byte*>(&store) + MUTEX);
-  bool isLocked = false;
-  std::thread([&] {
-    isLocked = mutex.try_lock();
-    if (isLocked) {
-      mutex.unlock();
-    }
-  }).join();
-  return isLocked;
 }
 
 TEST_F(SignalsTest, KeepsOthersOutFromBeginToEnd) {

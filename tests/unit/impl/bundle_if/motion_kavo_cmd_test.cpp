@@ -15,9 +15,8 @@ using core::MotionCmdGeneralFctT;
 using core::MotionCmdIfT;
 using rt_data::RtSignals;
 using sut = MotionKavoCmd;
-using testing::Contains;
 using testing::ElementsAre;
-using testing::ElementsAreArray;
+using testing::HasSubstr;
 using testing::IsEmpty;
 
 const std::string SCHEMA_DIR = "/a bundle/bfbs/";
@@ -167,6 +166,20 @@ TEST_F(MotionKavoCmdTest, TakesEverythingBackInTheSameOrder) {
   expectNeighboursUntouched();
 }
 
+TEST_F(MotionKavoCmdTest, TakesItsFunctionsBackBetweenTheCommandsAndTheMemories) {
+  ASSERT_TRUE(initialize());
+  const auto unregistering = m_host.calls.onCall("cmdFactory.unregisterCmd", [this] {
+    EXPECT_NE(m_host.cmdIf.setSignalCmd, nullptr);
+    EXPECT_NE(m_host.cmdGeneral.waitForSignalResetCmd, nullptr);
+    EXPECT_EQ(sut::g_motionCmdIf, &m_host.cmdIf);
+    EXPECT_EQ(sut::g_motionCmdIf2, &m_host.cmdIf2);
+  });
+  const auto deleting = m_host.calls.onCall("dataLayer.deleteMemorySync", [this] { expectNothingPublished(); });
+  sut::terminate(&m_host.ext);
+  EXPECT_EQ(m_host.calls.count("cmdFactory.unregisterCmd"), static_cast<int>(EXPECTED_COMMANDS.size()));
+  EXPECT_EQ(m_host.calls.count("dataLayer.deleteMemorySync"), 2);
+}
+
 TEST_F(MotionKavoCmdTest, ClearsEachOfItsFieldsWhateverStandsInIt) {
   ASSERT_TRUE(initialize());
   const auto option = [](core::cmd::ICmdContext*, const core::dia::CmdSourceInfo&, const char*, unsigned int) {
@@ -238,8 +251,9 @@ TEST_F(MotionKavoCmdTest, FailsWithoutTheRealTimeSignals) {
   m_host.calls.fail("provider.start", 0x80000001);
   EXPECT_FALSE(initialize());
   EXPECT_THAT(traces(), ElementsAre("Error rt_signals initialize: Starting provider failed with: DL_FAILED",
+                                    "Error rt_signals terminate: Stopping provider failed with: DL_FAILED",
                                     "Error motion_kavo_cmd initialize: RtSignals::initialize() failed"));
-  EXPECT_EQ(m_host.traceSink.entries()[1].format, "%s");
+  EXPECT_EQ(m_host.traceSink.entries()[2].format, "%s");
   EXPECT_THAT(m_host.calls.of({"ext.", "idMgr.", "objFactory.", "cmdFactory."}), IsEmpty());
   expectNothingPublished();
 }
@@ -252,6 +266,9 @@ TEST_F(MotionKavoCmdTest, FailsWithoutTheJobDataIdManager) {
   EXPECT_EQ(m_host.traceSink.entries()[0].format, "%s");
   EXPECT_THAT(m_host.calls.of({"objFactory.", "cmdFactory."}), IsEmpty());
   expectNothingPublished();
+  EXPECT_EQ(m_host.dataLayer.m_memories.size(), 2U) << "the real-time signals are left to the caller";
+  sut::terminate(&m_host.ext);
+  EXPECT_THAT(m_host.dataLayer.m_memories, IsEmpty());
 }
 
 TEST_F(MotionKavoCmdTest, GoesOnWhenADataTypeIsKnown) {
@@ -296,8 +313,14 @@ TEST_P(MotionKavoCmdRowTest, FailsAtARowAndKeepsThoseBefore) {
 TEST_P(MotionKavoCmdRowTest, FailsAtTheJobOfARow) {
   m_host.calls.fail("objFactory.registerObj", 0xF0150002, static_cast<int>(GetParam()) + 1);
   EXPECT_FALSE(initialize());
-  EXPECT_THAT(traces(), Contains("Error motion_kavo_cmd initialize: Registration of " +
-                                 EXPECTED_COMMANDS[GetParam()].id.name + " failed"));
+  auto expected = perRow("Info motion_kavo_cmd initialize: Registration of ", " succeeded", GetParam());
+  expected.push_back("Error motion_kavo_cmd initialize: Registration of " + EXPECTED_COMMANDS[GetParam()].id.name +
+                     " failed");
+  auto texts = traces();
+  ASSERT_EQ(texts.size(), expected.size() + 1);
+  EXPECT_THAT(texts[GetParam()], HasSubstr("registerObj")) << "the command says why, in its own words";
+  texts.erase(texts.begin() + static_cast<std::ptrdiff_t>(GetParam()));
+  EXPECT_EQ(texts, expected);
   EXPECT_EQ(m_host.cmdFactory.m_commands.size(), GetParam());
 }
 

@@ -1,6 +1,8 @@
 // The life of the component: init, start, stop, deinit.
 #include "impl/bundle_if/motion_kavo_cmp.h"
 
+#include <stdexcept>
+
 #include "cmp_fixture.h"
 
 namespace motion::kavo::bundle {
@@ -118,6 +120,54 @@ TEST_F(MotionKavoCmpTest, ForgetsItsPathAndName) {
   EXPECT_EQ(m_host.cmdFactory.m_commands.at(EXPECTED_COMMANDS[0].id).schemaPath, "/bfbs/cmdWaitForSignal.bfbs");
 }
 
+TEST_F(MotionKavoCmpTest, KeepsItsPathAndNameWithoutMemoryForOthers) {
+  const std::string path = "/a path that does not fit into the string object itself";
+  const std::string name = "a name that does not fit into the string object itself";
+  setServices();
+  ASSERT_TRUE(test::failsDuring(1, [&] { m_sut->setBundlePath(path.c_str()); }));
+  ASSERT_TRUE(test::failsDuring(1, [&] { m_sut->setBundleName(name.c_str()); }));
+  EXPECT_THAT(traces(), ElementsAre(error("setBundlePath", "no memory for '" + path + "'"),
+                                    error("setBundleName", "no memory for '" + name + "'")));
+  ASSERT_EQ(m_sut->start(), 0);
+  EXPECT_EQ(m_host.m_version.componentName, "a name");
+  EXPECT_EQ(m_host.cmdFactory.m_commands.at(EXPECTED_COMMANDS[0].id).schemaPath, "/a bundle/bfbs/cmdWaitForSignal.bfbs");
+}
+
+TEST_F(MotionKavoCmpTest, TakesItsPathAndNameSilently) {
+  m_sut->setBundlePath("/a bundle");
+  m_sut->setBundleName("a name");
+  EXPECT_THAT(traces(), IsEmpty());
+  EXPECT_THAT(m_host.calls.all(), IsEmpty());
+}
+
+TEST_F(MotionKavoCmpTest, ForgetsTheSectionsBetweenTheFunctionsAndTheExtension) {
+  start();
+  int destroyed = 0;
+  const auto closing =
+      m_host.calls.onCall("dataLayer.closeMemory", [] { EXPECT_NE(ExtDepMgr::getInstance().getMotionExtIF(), nullptr); });
+  const auto destroying = m_host.calls.onCall("ext.destroyed", [&destroyed] {
+    ++destroyed;
+    EXPECT_EQ(ExtDepMgr::getInstance().getMotionExtIF(), nullptr);
+    EXPECT_EQ(ExtDepMgr::getInstance().getSection(SectionID::CMD_DATA), nullptr);
+  });
+  EXPECT_EQ(m_sut->stop(), 0);
+  EXPECT_EQ(m_host.calls.count("dataLayer.closeMemory"), 2);
+  EXPECT_EQ(destroyed, 1);
+}
+
+TEST_F(MotionKavoCmpTest, TakesEverythingDownWhenStartedTwice) {
+  start();
+  EXPECT_EQ(m_sut->start(), START_FAILED);
+  EXPECT_THAT(traces(),
+              testing::IsSupersetOf({std::string("Error rt_signals initialize: Already initialized"),
+                                     error("bundleStart", "MotionKavoCmd::initialize() failed"), CLEAN_UP, FAILED}));
+  EXPECT_EQ(m_host.calls.count("extension.createExtIfObj"), 1);
+  EXPECT_EQ(m_host.calls.count("ext.destroyed"), 2) << "the extension interface of each start";
+  expectNothingLeft();
+  m_host.jobDataIDMgr.m_names.clear();
+  EXPECT_EQ(m_sut->start(), 0) << "a later start begins from a clean state";
+}
+
 TEST_F(MotionKavoCmpTest, TakesEverythingDownInOrder) {
   start();
   EXPECT_EQ(m_sut->stop(), 0);
@@ -185,6 +235,10 @@ TEST_P(ExtensionFailureTest, FailsToStart) {
   setServices();
   m_host.m_extensionResult = static_cast<core::FctResult>(GetParam().result);
   m_host.m_makesExtension = GetParam().isMade;
+  const auto destroying = m_host.calls.onCall("ext.destroyed", [this] {
+    EXPECT_THAT(traces(), testing::Not(Contains(CLEAN_UP))) << "what was made goes before the common clean-up";
+    EXPECT_EQ(traces().back(), error("bundleStart", GetParam().text));
+  });
   EXPECT_EQ(m_sut->start(), START_FAILED);
   EXPECT_THAT(traces(), ElementsAre(info("start", "Bundlename: a name"), info("start", "Start Motion.Kavo " + VERSION_TEXT),
                                     error("bundleStart", GetParam().text), CLEAN_UP, FAILED));
@@ -200,6 +254,20 @@ INSTANTIATE_TEST_SUITE_P(All, ExtensionFailureTest,
                                          ExtensionCase{0, true, "Can't create ExtIfObj! Result: 0x00"},
                                          ExtensionCase{0x00100001, true, "Can't create ExtIfObj! Result: 0x0100001"},
                                          ExtensionCase{0x00100000, false, "Can't create ExtIfObj! Result: 0x0100000"}));
+
+TEST_F(MotionKavoCmpTest, DeletesAnExtensionThatWasMadeBeforeAnException) {
+  setServices();
+  m_host.extension.createExtIfObj = [](void* context, const core::ComponentVersionAdd* /*version*/,
+                                       core::IMotionExt** ext) -> core::FctResult {
+    auto& host = *static_cast<test::FakeHost*>(context);
+    *ext = new test::FakeMotionExt(host.calls, host.parts);
+    throw std::runtime_error("planned failure");
+  };
+  EXPECT_EQ(m_sut->start(), START_FAILED);
+  EXPECT_THAT(ownTraces(), Contains(error("bundleStart", "Can't create ExtIfObj! Result: 0x0f0100006")));
+  EXPECT_EQ(m_host.calls.count("ext.destroyed"), 1);
+  expectNothingLeft();
+}
 
 TEST_F(MotionKavoCmpTest, FailsToStartWithoutItsCommands) {
   setServices();

@@ -4,6 +4,7 @@
 #include <cstddef>
 
 #include "impl_fixture.h"
+#include "signals_mutex.h"
 
 namespace motion::kavo {
 namespace {
@@ -39,6 +40,16 @@ class MotionKavoSysTest : public SignalTest {
 
   [[nodiscard]] bool initialize() { return sut::initialize(m_host.sysIf, m_host.sysIf2, m_host.dataLayer); }
 
+  void expectPublished() const {
+    EXPECT_EQ(m_host.sysIf.resetSignal, &sut::resetSignal);
+    EXPECT_EQ(m_host.sysIf.setSignal, &sut::setSignal);
+    EXPECT_EQ(m_host.sysIf.getSignal, &sut::getSignal);
+    EXPECT_EQ(m_host.sysSync.resetSignal, &sut::resetSignal);
+    EXPECT_EQ(m_host.sysSync.setSignal, &sut::setSignal);
+    EXPECT_EQ(m_host.sysSync.getSignal, &sut::getSignal);
+    EXPECT_EQ(sut::g_motionSysIf, &m_host.sysIf);
+    EXPECT_EQ(sut::g_motionSysIf2, &m_host.sysIf2);
+  }
   void expectNothingPublished() const {
     EXPECT_EQ(m_host.sysIf.resetSignal, nullptr);
     EXPECT_EQ(m_host.sysIf.setSignal, nullptr);
@@ -71,15 +82,8 @@ TEST(MotionSysRecordTest, HasTheFunctionsInTheOrderResetSetGet) {
 
 TEST_F(MotionKavoSysTest, PublishesItsFunctionsInBothRecords) {
   EXPECT_TRUE(initialize());
-  EXPECT_EQ(m_host.sysIf.resetSignal, &sut::resetSignal);
-  EXPECT_EQ(m_host.sysIf.setSignal, &sut::setSignal);
-  EXPECT_EQ(m_host.sysIf.getSignal, &sut::getSignal);
-  EXPECT_EQ(m_host.sysSync.resetSignal, &sut::resetSignal);
-  EXPECT_EQ(m_host.sysSync.setSignal, &sut::setSignal);
-  EXPECT_EQ(m_host.sysSync.getSignal, &sut::getSignal);
+  expectPublished();
   EXPECT_NE(sut::g_signals, nullptr);
-  EXPECT_EQ(sut::g_motionSysIf, &m_host.sysIf);
-  EXPECT_EQ(sut::g_motionSysIf2, &m_host.sysIf2);
   expectNeighboursUntouched();
   EXPECT_THAT(traces(), IsEmpty());
 }
@@ -93,6 +97,13 @@ TEST_F(MotionKavoSysTest, TakesEverythingBack) {
   sut::terminate();
   expectNothingPublished();
   EXPECT_THAT(traces(), IsEmpty());
+}
+
+TEST_F(MotionKavoSysTest, TakesTheFunctionsBackBeforeItDeletesTheStore) {
+  ASSERT_TRUE(initialize());
+  const auto closing = m_host.calls.onCall("dataLayer.closeMemory", [this] { expectNothingPublished(); });
+  sut::terminate();
+  EXPECT_EQ(m_host.calls.count("dataLayer.closeMemory"), 2);
 }
 
 TEST_F(MotionKavoSysTest, IsHarmlessToTerminateBeforeItIsInitialised) {
@@ -154,6 +165,30 @@ TEST_F(MotionKavoSysTest, ReplacesTheStoreWhenInitialisedAgain) {
   EXPECT_EQ(m_host.dataLayer.m_openUsers, 2) << "the old store has given its handles back";
   EXPECT_EQ(m_host.calls.count("dataLayer.closeMemory"), 2);
   EXPECT_EQ(sut::setSignal(nullptr, 7), FctResult::Okay);
+}
+
+TEST_F(MotionKavoSysTest, PublishesItsFunctionsAgainWhenInitialisedAgain) {
+  ASSERT_TRUE(initialize());
+  m_host.sysIf.resetSignal = nullptr;
+  m_host.sysIf.setSignal = nullptr;
+  m_host.sysIf.getSignal = nullptr;
+  m_host.sysSync = {};
+  EXPECT_TRUE(initialize());
+  expectPublished();
+}
+
+TEST_F(MotionKavoSysTest, AnswersAnExceptionOfTheStoreWithAFailure) {
+  ASSERT_TRUE(initialize());
+  bool value = true;
+  {
+    const UnlockableMutex mutex(*sut::g_signals);
+    EXPECT_EQ(m_host.sysIf.setSignal(nullptr, 1), FctResult::NotOkay);
+    EXPECT_EQ(m_host.sysIf.resetSignal(nullptr, 1), FctResult::NotOkay);
+    EXPECT_EQ(m_host.sysIf.getSignal(nullptr, 1, value), FctResult::NotOkay);
+  }
+  EXPECT_TRUE(value);
+  EXPECT_EQ(m_host.calls.count("memory.beginAccess signals_out"), 0);
+  EXPECT_EQ(sut::setSignal(nullptr, 1), FctResult::Okay) << "the store goes on";
 }
 
 TEST_F(MotionKavoSysTest, StartsWithoutTheMemoriesAndRefusesEachCall) {

@@ -83,6 +83,8 @@ TYPED_TEST(JobListTest, ServesNoOtherList) {
   TypeParam sut;
   for (const std::uint32_t type : {1U, 2U, 3U, 0xFFFFFFFFU}) {
     EXPECT_EQ(core::toCode(sut.addJobsToJoblist(&this->m_jobList, static_cast<JobListTypes>(type))), 0xF000000FU);
+    EXPECT_EQ(core::toCode(sut.addJobsToJoblist(nullptr, static_cast<JobListTypes>(type))), 0xF000000FU)
+        << "the list is not looked at";
   }
   EXPECT_THAT(this->m_jobList.m_jobs, IsEmpty());
   EXPECT_THAT(this->m_host.calls.all(), IsEmpty());

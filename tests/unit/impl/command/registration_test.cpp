@@ -181,6 +181,19 @@ TEST_P(RegistrationTest, AnswersAnExceptionOfTheHostWithAFailure) {
   }
 }
 
+TEST_P(RegistrationTest, TakesAnExceptionForTheFactoryThatIsMissing) {
+  for (const auto& [getter, text] : {std::pair("ext.getObjFactory", GetParam().missingObjFactory),
+                                     std::pair("ext.getGenericCmdFactory", GetParam().missingCmdFactory)}) {
+    forget();
+    m_host.calls.failNothing();
+    m_host.calls.fail(getter, test::FakeCalls::THROW);
+    EXPECT_EQ(core::toCode(registerCmd()), 0xF0110011U);
+    EXPECT_EQ(core::toCode(unregisterCmd()), 0xF0110011U);
+    EXPECT_THAT(traces(), ElementsAre(error("registerCmd", text), error("unregisterCmd", text)));
+    EXPECT_THAT(factoryCalls(), IsEmpty());
+  }
+}
+
 INSTANTIATE_TEST_SUITE_P(All, RegistrationTest, testing::ValuesIn(commandCases()), caseName);
 
 class DataTypeTest : public ImplTest {};
@@ -202,6 +215,7 @@ TEST_F(DataTypeTest, SurvivesAnExceptionOfTheHost) {
   m_host.calls.fail("idMgr.addID", test::FakeCalls::THROW);
   registerDataType({"src/impl/a_unit", "aFunction", 3}, m_host.jobDataIDMgr, 77, "ARecord");
   EXPECT_EQ(m_host.jobDataIDMgr.getName(77), nullptr);
+  EXPECT_THAT(traces(), ElementsAre("Error a_unit aFunction: ARecord could not be registered"));
 }
 
 }  // namespace

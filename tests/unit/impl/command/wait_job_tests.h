@@ -64,8 +64,7 @@ TYPED_TEST_P(WaitJobTest, DescribesItself) {
 TYPED_TEST_P(WaitJobTest, FailsWithoutInputs) {
   const auto sut = this->addedJob(this->m_sut);
   EXPECT_EQ(sut(), core::job::JobResult::ExecutionFailed);
-  EXPECT_THAT(this->tracesWithoutFunction(),
-              testing::ElementsAre(std::string("Error ") + TypeParam::UNIT + ": No job data!"));
+  EXPECT_THAT(this->traces(), testing::ElementsAre(std::string("Error ") + TypeParam::UNIT + " execute: No job data!"));
   EXPECT_EQ(this->m_host.traceSink.entries()[0].format, "%s");
 }
 

@@ -117,6 +117,26 @@ TEST_F(ExtDepMgrTest, TracesAMissingSectionManager) {
                                     "section manager is not set"));
 }
 
+TEST_F(ExtDepMgrTest, TakesAnExceptionForAMissingSectionManager) {
+  m_host.calls.fail("ext.getSectionMgr", test::FakeCalls::THROW);
+  ExtDepMgr sut;
+  sut.setMotionExtIF(&m_host.ext);
+  EXPECT_EQ(sut.getMotionExtIF(), &m_host.ext);
+  expectKnown(sut, m_host.sectionMgr, 0);
+  EXPECT_THAT(traces(), ElementsAre("Error ext_dep_mgr getRequiredSectionPointers: get of required sections failed, because "
+                                    "section manager is not set"));
+}
+
+TEST_F(ExtDepMgrTest, TakesAnExceptionForAMissingSection) {
+  m_host.calls.fail("sectionMgr.getSection", test::FakeCalls::THROW, 3);
+  ExtDepMgr sut;
+  sut.setMotionExtIF(&m_host.ext);
+  expectKnown(sut, m_host.sectionMgr, 2);
+  EXPECT_EQ(m_host.calls.count("sectionMgr.getSection"), 3);
+  EXPECT_THAT(traces(),
+              ElementsAre("Error ext_dep_mgr getRequiredSectionPointers: section PREEXEC_OPMODE could not be found!"));
+}
+
 TEST_F(ExtDepMgrTest, ForgetsTheAddressesOnRequest) {
   ExtDepMgr sut;
   sut.setMotionExtIF(&m_host.ext);

@@ -237,7 +237,8 @@ TYPED_TEST(CmdJoinTest, ShowsInTheOfferedRecordWhatIsValidatedLater) {
 
 TYPED_TEST(CmdJoinTest, PutsNoNullIntoTheGroupWhenItsObjectIsUnknown) {
   ASSERT_EQ(this->set({"C", "B"}, nullptr), CmdResult::Okay);
-  std::ignore = this->validate();
+  EXPECT_EQ(core::toCode(this->validate()), 0xF0110011U);
+  EXPECT_THAT(this->traces(), ElementsAre("Error cmd_join onValidate: Motion object is invalid"));
   const auto group = this->offered().group;
   EXPECT_EQ(std::count(group.begin(), group.end(), nullptr), 0);
   EXPECT_EQ(group.size(), 2U);
@@ -265,9 +266,8 @@ TYPED_TEST(CmdJoinTest, FailsWhenItsRecordIsRefused) {
   this->m_host.calls.fail("handler.registerPublish", 0xF0000021);
   EXPECT_EQ(core::toCode(this->registerInputs()), 0xF011001DU);
   EXPECT_EQ(this->m_host.calls.count("handler.registerRead"), 0);
-  for (const auto& trace : this->traces()) {
-    EXPECT_THAT(trace, StartsWith("Error cmd_join onRegisterJobListsInputs: "));
-  }
+  EXPECT_THAT(this->traces(), ElementsAre("Error cmd_join onRegisterJobListsInputs: JoinJobPars::registerPublish failed: "
+                                          "[0xF0000021]"));
 }
 
 TYPED_TEST(CmdJoinTest, FailsWithoutItsObject) {

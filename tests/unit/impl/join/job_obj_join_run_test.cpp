@@ -230,7 +230,7 @@ TEST_F(JobObjJoinRunTest, IgnoresAnAbortBeforeItIsPrepared) {
   EXPECT_FALSE(a->m_job.getContext()->isAborted());
 }
 
-TEST_F(JobObjJoinRunTest, NeverFinishesForAStranger) {
+TEST_F(JobObjJoinRunTest, DoesNotCountAStrangerAsAMember) {
   const auto stranger = prepared(m_c, 31, m_ab);
   const auto a = prepared(m_a, 11, m_ab);
   const auto b = prepared(m_b, 21, m_ab);
@@ -252,6 +252,17 @@ TEST_F(JobObjJoinRunTest, NeverFinishesWithoutAnOccurrence) {
   EXPECT_NE(bound->m_job.joinPreExecute(), DONE);
   EXPECT_NE(bound->m_job.joinAndWait(), DONE);
   EXPECT_EQ(JoinCmdGlobalContext::listSize(), 0U);
+}
+
+TEST_F(JobObjJoinRunTest, AnswersAnExceptionOfTheHostWithAFailure) {
+  const auto waiting = prepared(m_a, 31, m_ab, true);
+  const auto joining = prepared(m_a, 32, {&m_a});
+  m_a.m_throws = true;
+  EXPECT_TRUE(core::isFailure(waiting->m_job.joinPreExecute()));
+  EXPECT_TRUE(core::isFailure(waiting->m_job.joinAndWait()));
+  EXPECT_TRUE(core::isFailure(joining->m_job.joinAndWait()));
+  // Looks at the states of all commands in open occurrences.
+  EXPECT_TRUE(core::isFailure(member(m_b, 21, m_ab)->m_job.registerForJoin()));
 }
 
 TEST_F(JobObjJoinRunTest, FailsToPrepareWithoutMemory) {

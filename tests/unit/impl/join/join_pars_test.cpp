@@ -70,8 +70,8 @@ TEST_F(JoinParsTest, AreAnnounced) {
 TEST_F(JoinParsTest, WarnOnceEachWhenTheyAreKnown) {
   cmd::registerJoinDataTypes(m_host.jobDataIDMgr);
   cmd::registerJoinDataTypes(m_host.jobDataIDMgr);
-  EXPECT_THAT(traces(), ElementsAre("Warning join_pars registerJoinDataTypes: CmdJoinPars was already registered",
-                                    "Warning join_pars registerJoinDataTypes: JoinJobPars was already registered"));
+  EXPECT_THAT(traces(), ElementsAre("Warning cmd_join registerJoinDataTypes: CmdJoinPars was already registered",
+                                    "Warning cmd_join registerJoinDataTypes: JoinJobPars was already registered"));
 }
 
 TEST_F(JoinParsTest, SurviveAnExceptionOfTheHost) {

@@ -12,6 +12,11 @@ using core::cmd::CmdResult;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
+TEST(SignalActionTest, HasItsNumbers) {
+  EXPECT_EQ(static_cast<std::uint32_t>(SignalAction::SET), 0U);
+  EXPECT_EQ(static_cast<std::uint32_t>(SignalAction::RESET), 1U);
+}
+
 template <typename COMMAND>
 struct ActionOf;
 template <ObjectType OBJECT_TYPE, SignalAction ACTION>

@@ -37,6 +37,11 @@ class JobObjSendSignalTest : public CommandTest {
     return data != nullptr ? data->get() : SendSignalJobParsT{0xFFFFFFFF, false};
   }
 
+  /// The flag that stands behind the job's record.
+  [[nodiscard]] static bool isExecuted(const JOB_OBJECT& object) {
+    return *(reinterpret_cast<const std::uint8_t*>(object.getJobData()) + sizeof(SendSignalJobPars)) != 0;
+  }
+
   static constexpr JobResult DONE = std::is_same_v<JOB_OBJECT, CmdJob> ? JobResult::CmdFinished : JobResult::NoEffect;
   JOB_OBJECT m_sut;
 };
@@ -101,6 +106,21 @@ TYPED_TEST(JobObjSendSignalTest, CanRunAgainAfterAnAttemptToAddItElsewhere) {
   EXPECT_EQ(this->in(7), 2);
 }
 
+TYPED_TEST(JobObjSendSignalTest, MakesClonesThatAreAsNew) {
+  this->out(7) = 1;
+  ASSERT_EQ(this->setData(7, true), JobResult::NoEffect);
+  EXPECT_EQ(this->addedJob()(), this->DONE);
+  ASSERT_TRUE(this->isExecuted(this->m_sut));
+  const std::unique_ptr<core::IAmCreatable> made(this->m_sut.createNew());
+  const auto& sut = dynamic_cast<TypeParam&>(*made);
+  EXPECT_EQ(sut.getJobString(), "setSignal(0)");
+  EXPECT_FALSE(this->isExecuted(sut));
+  const auto* const data = SendSignalJobPars::safeCast(sut.getJobData());
+  ASSERT_NE(data, nullptr);
+  EXPECT_EQ(data->get().signalId, 0U);
+  EXPECT_FALSE(data->get().reset);
+}
+
 TYPED_TEST(JobObjSendSignalTest, TriesASetOnlyOnce) {
   ASSERT_EQ(this->setData(7), JobResult::NoEffect);
   const auto sut = this->addedJob();
@@ -109,6 +129,7 @@ TYPED_TEST(JobObjSendSignalTest, TriesASetOnlyOnce) {
   EXPECT_EQ(sut(), JobResult::ExecutionFailed);
   EXPECT_THAT(this->tracesWithoutFunction(), ElementsAre("Error job_obj_send_signal: m_signals.set() failed"));
   EXPECT_EQ(this->m_host.traceSink.entries()[0].format, "%s");
+  EXPECT_THAT(this->m_host.traceSink.entries()[0].function, testing::Optional(testing::Not(IsEmpty())));
   EXPECT_EQ(sut(), JobResult::NoEffect);
   EXPECT_EQ(this->in(7), 0);
   EXPECT_EQ(this->traces().size(), 1U);
@@ -122,6 +143,7 @@ TYPED_TEST(JobObjSendSignalTest, TriesAResetOnlyOnce) {
   this->m_host.calls.fail("memory.beginAccess signals_in", 0x80060001, 1);
   EXPECT_EQ(sut(), JobResult::ExecutionFailed);
   EXPECT_THAT(this->tracesWithoutFunction(), ElementsAre("Error job_obj_send_signal: m_signals.reset() failed"));
+  EXPECT_THAT(this->m_host.traceSink.entries()[0].function, testing::Optional(testing::Not(IsEmpty())));
   EXPECT_EQ(sut(), JobResult::NoEffect);
   EXPECT_EQ(this->in(7), 0);
 }
@@ -219,6 +241,11 @@ TYPED_TEST(JobObjSendSignalTest, TracesBadParametersWithoutADiagnosis) {
   EXPECT_EQ(this->m_sut.checkParameter(&bad, nullptr), INVALID_JOB_DATA);
   EXPECT_THAT(this->traces(), ElementsAre("Error job_obj_send_signal checkParameter: jobData=nullptr",
                                           "Error job_obj_send_signal checkParameter: jobData->signalId: 100"));
+}
+
+TEST(JobObjSendSignalUserTest, HasItsNumbers) {
+  EXPECT_EQ(static_cast<std::uint32_t>(JobObjSendSignalUser::COMMAND), 0U);
+  EXPECT_EQ(static_cast<std::uint32_t>(JobObjSendSignalUser::COMMAND_OPTION), 1U);
 }
 
 class CmdJobInputsTest : public JobInputsTest<CmdJob, SendSignalJobPars> {};

@@ -29,6 +29,17 @@ TEST_F(SendSignalParsTest, HasTheIdentityThatFollowsFromItsFunctionText) {
   EXPECT_EQ(CmdSendSignalPars().getID(), 0x499538bceea58feeU);
 }
 
+TEST_F(SendSignalParsTest, HasTheIdentityOfTheJobsRecordToo) {
+  constexpr std::string_view TEXT =
+      "static motion::core::DataID motion::core::NamedType<BASETYPE, SEMANTIC>::getMyID() [with BASETYPE = "
+      "motion::kavo::job::SendSignalJobParsT; SEMANTIC = motion::kavo::job::SendSignalJobPars___t; motion::core::DataID = "
+      "long unsigned int]";
+  constexpr std::size_t SEED = 0xc70f6907;
+  EXPECT_EQ(std::_Hash_bytes(TEXT.data(), TEXT.size(), SEED), 0x42efa5f0e9782926U);
+  EXPECT_EQ(SendSignalJobPars::getMyID(), 0x42efa5f0e9782926U);
+  EXPECT_EQ(SendSignalJobPars().getID(), 0x42efa5f0e9782926U);
+}
+
 TEST_F(SendSignalParsTest, TellsItsRecordsApart) {
   EXPECT_NE(CmdSendSignalPars::getMyID(), SendSignalJobPars::getMyID());
   CmdSendSignalPars issued(CmdSendSignalParsT{5});

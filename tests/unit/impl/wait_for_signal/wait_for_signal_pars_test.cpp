@@ -2,6 +2,8 @@
 #include "impl/wait_for_signal/wait_for_signal_pars.h"
 
 #include <cstddef>
+#include <functional>
+#include <string_view>
 
 #include "impl/send_signal/send_signal_pars.h"
 #include "impl/wait_for_signal_reset/wait_for_signal_reset_pars.h"
@@ -14,6 +16,16 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 class WaitForSignalParsTest : public ImplTest {};
+
+TEST_F(WaitForSignalParsTest, HasTheIdentityThatFollowsFromItsFunctionText) {
+  constexpr std::string_view TEXT =
+      "static motion::core::DataID motion::core::NamedType<BASETYPE, SEMANTIC>::getMyID() [with BASETYPE = "
+      "motion::kavo::job::WaitForSignalJobParsT; SEMANTIC = motion::kavo::job::WaitForSignalJobPars___t; "
+      "motion::core::DataID = long unsigned int]";
+  constexpr std::size_t SEED = 0xc70f6907;
+  EXPECT_EQ(std::_Hash_bytes(TEXT.data(), TEXT.size(), SEED), 0x1f7ef42d05f900c9U);
+  EXPECT_EQ(WaitForSignalJobPars::getMyID(), 0x1f7ef42d05f900c9U);
+}
 
 TEST_F(WaitForSignalParsTest, HasAnIdentityOfItsOwn) {
   EXPECT_EQ(WaitForSignalJobPars().getID(), WaitForSignalJobPars::getMyID());

@@ -2,6 +2,8 @@
 #include "impl/wait_for_signal_reset/wait_for_signal_reset_pars.h"
 
 #include <cstddef>
+#include <functional>
+#include <string_view>
 
 #include "impl/send_signal/send_signal_pars.h"
 #include "impl/wait_for_signal/wait_for_signal_pars.h"
@@ -14,6 +16,16 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 class WaitForSignalResetParsTest : public ImplTest {};
+
+TEST_F(WaitForSignalResetParsTest, HasTheIdentityThatFollowsFromItsFunctionText) {
+  constexpr std::string_view TEXT =
+      "static motion::core::DataID motion::core::NamedType<BASETYPE, SEMANTIC>::getMyID() [with BASETYPE = "
+      "motion::kavo::job::WaitForSignalResetJobParsT; SEMANTIC = motion::kavo::job::WaitForSignalResetJobPars___t; "
+      "motion::core::DataID = long unsigned int]";
+  constexpr std::size_t SEED = 0xc70f6907;
+  EXPECT_EQ(std::_Hash_bytes(TEXT.data(), TEXT.size(), SEED), 0xc365ea9df78dfca7U);
+  EXPECT_EQ(WaitForSignalResetJobPars::getMyID(), 0xc365ea9df78dfca7U);
+}
 
 TEST_F(WaitForSignalResetParsTest, HasAnIdentityOfItsOwn) {
   EXPECT_EQ(WaitForSignalResetJobPars().getID(), WaitForSignalResetJobPars::getMyID());
