@@ -17,7 +17,9 @@ using testing::HasSubstr;
 
 const std::string EXAMPLE = KAVO_SOURCE_DIR "/examples/01_hand_over.yaml";
 
-ToolResult runWith(const std::string& bundle) { return runTool({"run", EXAMPLE, "--start-limit", "5", "--bundle", bundle}); }
+ToolResult runWith(const std::string& bundle) {
+  return runTool({"run", EXAMPLE, "--start-limit", "5", "--bundle", bundle});
+}
 
 struct BadBundle {
   std::string name;  ///< of the plugin
@@ -37,18 +39,14 @@ TEST_P(Plugin, IsRefused) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Of, Plugin,
-                         testing::Values(BadBundle{"empty", {"libmotion_kavo.so"}},
-                                         BadBundle{"not_a_library", {"libmotion_kavo.so"}},
-                                         BadBundle{"no_factory", {"createMotionKavoCmp"}},
-                                         BadBundle{"factory_throws", {"createMotionKavoCmp"}},
-                                         BadBundle{"factory_null", {"createMotionKavoCmp"}},
-                                         BadBundle{"init_fails", {"init"}},
-                                         BadBundle{"init_throws", {"init"}},
-                                         BadBundle{"start_fails", {"start", "70001"}},
-                                         BadBundle{"start_throws", {"start"}},
-                                         BadBundle{"start_throws_int", {"start"}}),
-                         [](const auto& tested) { return tested.param.name; });
+INSTANTIATE_TEST_SUITE_P(
+    Of, Plugin,
+    testing::Values(BadBundle{"empty", {"libmotion_kavo.so"}}, BadBundle{"not_a_library", {"libmotion_kavo.so"}},
+                    BadBundle{"no_factory", {"createMotionKavoCmp"}}, BadBundle{"factory_throws", {"createMotionKavoCmp"}},
+                    BadBundle{"factory_null", {"createMotionKavoCmp"}}, BadBundle{"init_fails", {"init"}},
+                    BadBundle{"init_throws", {"init"}}, BadBundle{"start_fails", {"start", "70001"}},
+                    BadBundle{"start_throws", {"start"}}, BadBundle{"start_throws_int", {"start"}}),
+    [](const auto& tested) { return tested.param.name; });
 
 TEST(Bundle, OneThatNeverFinishesItsStartIsGivenUp) {
   const auto begin = std::chrono::steady_clock::now();
@@ -82,7 +80,9 @@ class BundleCopy : public testing::Test {
   ScratchDir m_scratch;
 };
 
-TEST_F(BundleCopy, Works) { EXPECT_EQ(run().exitCode, 0); }
+TEST_F(BundleCopy, Works) {
+  EXPECT_EQ(run().exitCode, 0);
+}
 
 TEST_F(BundleCopy, WithoutASchemaNamesTheFile) {
   std::filesystem::remove(schema());

@@ -180,6 +180,19 @@ TEST(HandOver, RunsInRealTime) {
   EXPECT_EQ(gripper.at(1).at("active").get<std::uint64_t>(), gripper.at(0).at("ended").get<std::uint64_t>() + 1);
 }
 
+TEST(AssemblyCell, MeetsInRealTime) {
+  const ToolResult result =
+      runTool({"run", KAVO_SOURCE_DIR "/examples/05_assembly_cell.yaml", "--real-time", "--json", "--bundle", KAVO_BUNDLE});
+  ASSERT_EQ(result.exitCode, 0) << show(result);
+  const auto joins = nlohmann::json::parse(result.out).at("joins");
+  ASSERT_EQ(joins.size(), 2U);
+  for (const auto& join : joins) {
+    for (const auto& member : join.at("members")) {
+      EXPECT_EQ(member.at("ended"), join.at("completed")) << member;
+    }
+  }
+}
+
 TEST(FromOutside, RunsInRealTime) {
   const ToolResult result =
       runTool({"run", KAVO_SOURCE_DIR "/examples/04_from_outside.yaml", "--real-time", "--json", "--bundle", KAVO_BUNDLE});

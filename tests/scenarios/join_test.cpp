@@ -358,8 +358,8 @@ TEST_F(Join, MembersWithDifferentGroupsDoNotMeet) {
   EXPECT_THAT(result.out, Not(HasSubstr("circle")));
 }
 
-TEST_F(Join, HundredsOfMembersEndInTheSameCycle) {
-  constexpr std::size_t COUNT = 750;
+TEST_F(Join, AThousandMembersEndInTheSameCycle) {
+  constexpr std::size_t COUNT = 1000;
   std::string objects = "objects:\n";
   std::string group;
   std::string programs = "program:\n";

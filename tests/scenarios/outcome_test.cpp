@@ -26,19 +26,19 @@ class Outcome : public testing::Test {
 };
 
 TEST_F(Outcome, AFailedExpectationSaysWhyAndExitsWith1) {
-  const ToolResult result = run(
-      "objects: [{name: A, type: axis}]\n"
-      "program:\n"
-      "  A:\n"
-      "    - MoveAbs: {to: 10}\n"
-      "    - SetSignal: {signalId: 3}\n"
-      "expect:\n"
-      "  - {at: end, signal: 3, value: false}\n"
-      "  - {at: end, object: A, position: 11}\n"
-      "  - {order: [A#2, A#1]}\n"
-      "  - {same cycle: [A#1, A#2]}\n"
-      "  - {command: A#1, state: aborted}\n"
-      "  - {at: end, object: A, position: 10}\n");
+  const ToolResult result =
+      run("objects: [{name: A, type: axis}]\n"
+          "program:\n"
+          "  A:\n"
+          "    - MoveAbs: {to: 10}\n"
+          "    - SetSignal: {signalId: 3}\n"
+          "expect:\n"
+          "  - {at: end, signal: 3, value: false}\n"
+          "  - {at: end, object: A, position: 11}\n"
+          "  - {order: [A#2, A#1]}\n"
+          "  - {same cycle: [A#1, A#2]}\n"
+          "  - {command: A#1, state: aborted}\n"
+          "  - {at: end, object: A, position: 10}\n");
   EXPECT_EQ(result.exitCode, 1) << show(result);
   EXPECT_THAT(result.out, HasSubstr("\u2717 at: end, signal: 3, value: false  -- line 7: signal 3 was set"));
   EXPECT_THAT(result.out, HasSubstr("-- line 8: A was at 10 mm"));
@@ -50,17 +50,17 @@ TEST_F(Outcome, AFailedExpectationSaysWhyAndExitsWith1) {
 }
 
 TEST_F(Outcome, AnObjectThatWaitsForeverIsNamedAndExitsWith1) {
-  const ToolResult result = run(
-      "signals: {9: never set}\n"
-      "objects: [{name: A, type: axis}, {name: B, type: kinematics}]\n"
-      "program:\n"
-      "  A:\n"
-      "    - Dwell: {time: 0.01}\n"
-      "    - WaitForSignal: {signalId: 9}\n"
-      "    - MoveAbs: {to: 10}\n"
-      "  B:\n"
-      "    - SetSignal: {signalId: 1}\n"
-      "    - WaitForSignalReset: {signalId: 1}\n");
+  const ToolResult result =
+      run("signals: {9: never set}\n"
+          "objects: [{name: A, type: axis}, {name: B, type: kinematics}]\n"
+          "program:\n"
+          "  A:\n"
+          "    - Dwell: {time: 0.01}\n"
+          "    - WaitForSignal: {signalId: 9}\n"
+          "    - MoveAbs: {to: 10}\n"
+          "  B:\n"
+          "    - SetSignal: {signalId: 1}\n"
+          "    - WaitForSignalReset: {signalId: 1}\n");
   EXPECT_EQ(result.exitCode, 1) << show(result);
   EXPECT_THAT(result.out, HasSubstr("STUCK: since cycle 11 nothing can happen any more"));
   EXPECT_THAT(result.out, HasSubstr("A waits in A#2 WaitForSignal (line 6) since cycle 11 for signal 9 'never set'"));
@@ -70,76 +70,76 @@ TEST_F(Outcome, AnObjectThatWaitsForeverIsNamedAndExitsWith1) {
 }
 
 TEST_F(Outcome, TheLimitEndsALongRun) {
-  const ToolResult result = run(
-      "limit: 100 ms\n"
-      "objects: [{name: A, type: axis}]\n"
-      "program: {A: [Dwell: {time: 3600}]}\n");
+  const ToolResult result =
+      run("limit: 100 ms\n"
+          "objects: [{name: A, type: axis}]\n"
+          "program: {A: [Dwell: {time: 3600}]}\n");
   EXPECT_EQ(result.exitCode, 1) << show(result);
   EXPECT_THAT(result.out, HasSubstr("the limit of 0.1 s was reached"));
   EXPECT_THAT(result.out, HasSubstr("A is busy in A#1 Dwell (line 3) since cycle 1"));
 }
 
 TEST_F(Outcome, AStuckRealTimeRunIsGivenUpToo) {
-  const ToolResult result = run(
-      "objects: [{name: A, type: axis}]\n"
-      "program: {A: [WaitForSignal: {signalId: 9}]}\n",
-      {"--real-time"});
+  const ToolResult result =
+      run("objects: [{name: A, type: axis}]\n"
+          "program: {A: [WaitForSignal: {signalId: 9}]}\n",
+          {"--real-time"});
   EXPECT_EQ(result.exitCode, 1) << show(result);
   EXPECT_THAT(result.out, HasSubstr("nothing can happen any more"));
 }
 
 TEST_F(Outcome, AFullBufferLosesNothing) {
-  const ToolResult result = run(
-      "buffer: 2\n"
-      "objects: [{name: A, type: axis}]\n"
-      "program:\n"
-      "  A:\n"
-      "    - MoveRel: {by: 1}\n"
-      "    - MoveRel: {by: 2}\n"
-      "    - MoveRel: {by: 3}\n"
-      "    - MoveRel: {by: 4}\n"
-      "    - MoveRel: {by: 5}\n"
-      "    - MoveRel: {by: 6}\n"
-      "expect:\n"
-      "  - {at: end, object: A, position: 21}\n"
-      "  - {order: [A#1, A#2, A#3, A#4, A#5, A#6]}\n");
+  const ToolResult result =
+      run("buffer: 2\n"
+          "objects: [{name: A, type: axis}]\n"
+          "program:\n"
+          "  A:\n"
+          "    - MoveRel: {by: 1}\n"
+          "    - MoveRel: {by: 2}\n"
+          "    - MoveRel: {by: 3}\n"
+          "    - MoveRel: {by: 4}\n"
+          "    - MoveRel: {by: 5}\n"
+          "    - MoveRel: {by: 6}\n"
+          "expect:\n"
+          "  - {at: end, object: A, position: 21}\n"
+          "  - {order: [A#1, A#2, A#3, A#4, A#5, A#6]}\n");
   EXPECT_EQ(result.exitCode, 0) << show(result);
 }
 
 TEST_F(Outcome, AnAbortEndsTheObjectsProgramAndNothingElse) {
-  const ToolResult result = run(
-      "buffer: 2\n"
-      "objects: [{name: A, type: axis}, {name: B, type: axis}]\n"
-      "program:\n"
-      "  A:\n"
-      "    - WaitForSignal: {signalId: 4}\n"
-      "    - MoveAbs: {to: 5}\n"
-      "    - MoveAbs: {to: 6}\n"
-      "    - MoveAbs: {to: 7}\n"
-      "    - MoveAbs: {to: 8}\n"
-      "  B:\n"
-      "    - MoveAbs: {to: 100, velocity: 100}\n"
-      "outside:\n"
-      "  - {at: 0.1 s, abort: A}\n"
-      "expect:\n"
-      "  - {command: A#1, state: aborted}\n"
-      "  - {command: A#2, state: aborted}\n"
-      "  - {command: A#3, state: aborted}\n"
-      "  - {command: B#1, state: done}\n"
-      "  - {at: end, object: A, position: 0}\n"
-      "  - {at: end, object: B, position: 100}\n");
+  const ToolResult result =
+      run("buffer: 2\n"
+          "objects: [{name: A, type: axis}, {name: B, type: axis}]\n"
+          "program:\n"
+          "  A:\n"
+          "    - WaitForSignal: {signalId: 4}\n"
+          "    - MoveAbs: {to: 5}\n"
+          "    - MoveAbs: {to: 6}\n"
+          "    - MoveAbs: {to: 7}\n"
+          "    - MoveAbs: {to: 8}\n"
+          "  B:\n"
+          "    - MoveAbs: {to: 100, velocity: 100}\n"
+          "outside:\n"
+          "  - {at: 0.1 s, abort: A}\n"
+          "expect:\n"
+          "  - {command: A#1, state: aborted}\n"
+          "  - {command: A#2, state: aborted}\n"
+          "  - {command: A#3, state: aborted}\n"
+          "  - {command: B#1, state: done}\n"
+          "  - {at: end, object: A, position: 0}\n"
+          "  - {at: end, object: B, position: 100}\n");
   EXPECT_EQ(result.exitCode, 0) << show(result);
   EXPECT_THAT(result.out, HasSubstr("never started"));
 }
 
 TEST_F(Outcome, AnAbortedMoveStandsStill) {
-  const ToolResult result = run(
-      "objects: [{name: A, type: axis}]\n"
-      "program: {A: [MoveAbs: {to: 100, velocity: 100, acceleration: 100000}]}\n"
-      "outside: [{at: 0.5 s, abort: A}]\n"
-      "expect:\n"
-      "  - {command: A#1, state: aborted}\n"
-      "  - {at: 0.8 s, object: A, position: 50, within: 1}\n");
+  const ToolResult result =
+      run("objects: [{name: A, type: axis}]\n"
+          "program: {A: [MoveAbs: {to: 100, velocity: 100, acceleration: 100000}]}\n"
+          "outside: [{at: 0.5 s, abort: A}]\n"
+          "expect:\n"
+          "  - {command: A#1, state: aborted}\n"
+          "  - {at: 0.8 s, object: A, position: 50, within: 1}\n");
   EXPECT_EQ(result.exitCode, 0) << show(result);
 }
 
@@ -160,11 +160,11 @@ TEST_F(Outcome, TheCycleTimeChangesTimesButNotTheHandOver) {
 }
 
 TEST_F(Outcome, ADoubleSetIsReportedAsMessage) {
-  const ToolResult result = run(
-      "objects: [{name: A, type: axis}]\n"
-      "program: {A: [Dwell: {time: 0.01}, SetSignal: {signalId: 2}]}\n"
-      "outside: [{at: 5 ms, signal: 2, value: true}]\n"
-      "expect: [{at: end, signal: 2, value: true}]\n");
+  const ToolResult result =
+      run("objects: [{name: A, type: axis}]\n"
+          "program: {A: [Dwell: {time: 0.01}, SetSignal: {signalId: 2}]}\n"
+          "outside: [{at: 5 ms, signal: 2, value: true}]\n"
+          "expect: [{at: end, signal: 2, value: true}]\n");
   EXPECT_EQ(result.exitCode, 0) << show(result);
   EXPECT_THAT(result.out,
               HasSubstr("Signal(2) might be set by both the system function SetSignal as well as the command SetSignal"));

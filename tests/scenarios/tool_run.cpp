@@ -41,7 +41,9 @@ int waitFor(pid_t child) {
 
 }  // namespace
 
-ToolResult runTool(const std::vector<std::string>& arguments) { return RunningTool(arguments).wait(); }
+ToolResult runTool(const std::vector<std::string>& arguments) {
+  return RunningTool(arguments).wait();
+}
 
 RunningTool::RunningTool(const std::vector<std::string>& arguments) {
   std::vector<std::string> words{KAVO_TOOL};
@@ -81,9 +83,13 @@ bool RunningTool::catches(int signal) const {
          ((std::stoull(status.substr(place + CAUGHT.size()), nullptr, 16) >> static_cast<unsigned>(signal - 1)) & 1U) != 0;
 }
 
-void RunningTool::send(int signal) const { kill(m_child, signal); }
+void RunningTool::send(int signal) const {
+  kill(m_child, signal);
+}
 
-std::string RunningTool::errSoFar() const { return readFile(m_scratch.path() / "err"); }
+std::string RunningTool::errSoFar() const {
+  return readFile(m_scratch.path() / "err");
+}
 
 ToolResult RunningTool::wait() {
   const int code = waitFor(std::exchange(m_child, 0));

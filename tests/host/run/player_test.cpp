@@ -66,7 +66,9 @@ TEST_F(PlayerTest, PlaysToTheEnd) {
   EXPECT_DOUBLE_EQ(record.objects.at(1).endPosition, 0.001);
 }
 
-TEST_F(PlayerTest, RepeatsItselfExactly) { EXPECT_EQ(observe::eventList(play(HAND_OVER)), observe::eventList(play(HAND_OVER))); }
+TEST_F(PlayerTest, RepeatsItselfExactly) {
+  EXPECT_EQ(observe::eventList(play(HAND_OVER)), observe::eventList(play(HAND_OVER)));
+}
 
 TEST_F(PlayerTest, PlaysTheSameInRealTime) {
   const auto record = play(HAND_OVER, Watch());
@@ -244,6 +246,35 @@ TEST_F(PlayerTest, KeepsWhatTheComponentSays) {
   ASSERT_EQ(record.messages.size(), 1U);
   EXPECT_EQ(record.messages[0],
             "Signal(2) might be set by both the system function SetSignal as well as the command SetSignal");
+}
+
+/// Preparation on a thread of its own, beside the cycle; the thread sanitizer looks on.
+TEST_F(PlayerTest, JoinsInRealTimeWhileMembersAreAborted) {
+  std::string joins;
+  for (int i = 0; i < 60; ++i) {
+    joins += "Join: {group: [A, B, C], syncStartNextCmd: true}, Dwell: {time: 0.002}, ";
+  }
+  const auto record = play(
+      "cycle: 1 ms\n"
+      "objects: [{name: A, type: axis}, {name: B, type: kinematics}, {name: C, type: axis}, {name: D, type: axis}, {name: "
+      "E, type: axis}]\n"
+      "program:\n"
+      "  A: [" +
+          joins + "Dwell: {time: 0.001}]\n" + "  B: [" + joins + "Dwell: {time: 0.001}]\n" + "  C: [" + joins +
+          "Dwell: {time: 0.001}]\n" +
+          "  D: [Join: {group: [E]}, Dwell: {time: 0.001}]\n"
+          "  E: [Dwell: {time: 0.1}, Join: {group: [D]}]\n"
+          "outside: [{at: 0.05 s, abort: D}, {at: 0.15 s, abort: E}]\n",
+      Watch{});
+  EXPECT_TRUE(record.stuck.empty()) << record.stuck;
+  const auto& a = record.objects.at(0).commands;
+  for (std::size_t i = 0; i < a.size(); i += 2) {
+    EXPECT_EQ(a[i].state, CmdState::DONE) << i;
+    EXPECT_EQ(record.objects.at(1).commands.at(i).ended, a[i].ended);
+    EXPECT_EQ(record.objects.at(2).commands.at(i).ended, a[i].ended);
+  }
+  EXPECT_EQ(record.objects.at(3).commands.at(0).state, CmdState::ABORTED);
+  EXPECT_EQ(record.objects.at(4).commands.at(1).state, CmdState::ABORTED);
 }
 
 }  // namespace
