@@ -64,12 +64,6 @@ void MotionObject::runCycle(std::uint64_t cycle) noexcept {
   }
 }
 
-void MotionObject::prefetch() const noexcept {
-  if (m_current != nullptr) {
-    __builtin_prefetch(m_current->cyclicJobs().data());
-  }
-}
-
 void MotionObject::takeNext() noexcept {
   CmdFrame* frame = nullptr;
   while (m_current == nullptr && m_prepared.pop(frame)) {

@@ -62,8 +62,18 @@ class MotionObject : public core::IObj {
 
   /// One turn: take the next command if there is none, run its jobs, end it if they say so. [cyclic & real-time]
   void runCycle(std::uint64_t cycle) noexcept;
-  /// Loads what the next runCycle will read, while another object has its turn. [cyclic & real-time]
-  void prefetch() const noexcept;
+  /// Fetches what the next runCycle will read, while other objects have their turns: first the command, then its jobs.
+  /// [cyclic & real-time]
+  void prefetchCommand() const noexcept {
+    if (m_current != nullptr) {
+      __builtin_prefetch(m_current);
+    }
+  }
+  void prefetchJobs() const noexcept {  ///< [cyclic & real-time]
+    if (m_current != nullptr) {
+      __builtin_prefetch(m_current->cyclicJobs().data());
+    }
+  }
 
   /// Counts one command into the buffer; false when it is full. [prepare]
   [[nodiscard]] bool reserveBuffer() noexcept;
