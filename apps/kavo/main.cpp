@@ -29,7 +29,9 @@ constexpr const char* EXIT_CODES =
 /// Raised by SIGUSR1, lowered by whoever has explained.
 std::atomic<bool> g_isExplanationWanted{false};
 
-void onUserSignal(int /*signal*/) { g_isExplanationWanted.store(true, std::memory_order_relaxed); }
+void onUserSignal(int /*signal*/) {
+  g_isExplanationWanted.store(true, std::memory_order_relaxed);
+}
 
 struct Arguments {
   PlayOptions play;
@@ -48,7 +50,8 @@ std::filesystem::path defaultBundle() {
 void addCommonOptions(CLI::App& command, Arguments& arguments) {
   command.add_option("FILE", arguments.play.file, "scenario file (YAML)")->required();
   command.add_option("--bundle", arguments.play.bundleDir, "directory of the bundle")->default_str(defaultBundle().string());
-  command.add_option("--start-limit", arguments.startLimit, "seconds after which a component that does not start is given up")
+  command
+      .add_option("--start-limit", arguments.startLimit, "seconds after which a component that does not start is given up")
       ->default_val(30.0)
       ->check(CLI::Range(0.01, 3600.0));
   command.add_flag("--json", arguments.json, "print the result as JSON");
@@ -59,11 +62,12 @@ void showProgress(const motion::host::run::Progress& progress) {
 }
 
 std::string problemsAsJson(const PlayResult& result) {
-  nlohmann::ordered_json json{{"ok", result.outcome == Outcome::FINE},
-                              {"objects", result.objects},
-                              {"commands", result.commands},
-                              {"failure", result.failure.empty() ? nlohmann::ordered_json(nullptr) : nlohmann::ordered_json(result.failure)},
-                              {"problems", nlohmann::ordered_json::array()}};
+  nlohmann::ordered_json json{
+      {"ok", result.outcome == Outcome::FINE},
+      {"objects", result.objects},
+      {"commands", result.commands},
+      {"failure", result.failure.empty() ? nlohmann::ordered_json(nullptr) : nlohmann::ordered_json(result.failure)},
+      {"problems", nlohmann::ordered_json::array()}};
   for (const auto& problem : result.problems) {
     json["problems"].push_back({{"file", problem.file},
                                 {"line", problem.mark.line},

@@ -14,8 +14,10 @@ namespace {
 
 class SignalWatchTest : public testing::Test {
  protected:
-  void create(const char* address, std::shared_ptr<comm::datalayer::IMemoryOwner>& memory, std::uint32_t size = kavo::SIGNAL_COUNT) {
-    ASSERT_FALSE(m_dataLayer.createMemorySync(memory, address, m_provider.get(), size, comm::datalayer::MemoryType::INPUT).isFailure());
+  void create(const char* address, std::shared_ptr<comm::datalayer::IMemoryOwner>& memory,
+              std::uint32_t size = kavo::SIGNAL_COUNT) {
+    ASSERT_FALSE(m_dataLayer.createMemorySync(memory, address, m_provider.get(), size, comm::datalayer::MemoryType::INPUT)
+                     .isFailure());
   }
 
   void createBoth() {
@@ -53,7 +55,8 @@ class SignalWatchTest : public testing::Test {
 TEST_F(SignalWatchTest, NamesTheMissingMemory) {
   create(kavo::SIGNALS_IN_ADDRESS, m_in);
   EXPECT_FALSE(sut.open(m_problem));
-  EXPECT_EQ(m_problem, std::string("the component publishes no signals at '") + kavo::SIGNALS_OUT_ADDRESS + "' (DL_INVALID_ADDRESS)");
+  EXPECT_EQ(m_problem,
+            std::string("the component publishes no signals at '") + kavo::SIGNALS_OUT_ADDRESS + "' (DL_INVALID_ADDRESS)");
   EXPECT_EQ(m_dataLayer.openHandleCount(), 1U);
 }
 

@@ -15,9 +15,9 @@ enum class MemoryType : std::uint32_t { INPUT = 1, OUTPUT = 2 };
 ///
 /// | promise | |
 /// |---|---|
-/// | writers, readers | any number; the data layer orders nothing between them, so bytes that several threads touch are atomics |
-/// | beginAccess, endAccess | wait-free, bounded, never allocate |
-/// | lifetime | the bytes stay valid from beginAccess to endAccess, whatever happens to the owner meanwhile |
+/// | writers, readers | any number; the data layer orders nothing between them, so bytes that several threads touch are
+/// atomics | | beginAccess, endAccess | wait-free, bounded, never allocate | | lifetime | the bytes stay valid from
+/// beginAccess to endAccess, whatever happens to the owner meanwhile |
 class IMemory {
  public:
   virtual ~IMemory() = default;

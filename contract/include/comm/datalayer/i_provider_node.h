@@ -17,12 +17,15 @@ class IProviderNode {
 
   virtual ~IProviderNode() = default;
 
-  virtual void onCreate(const std::string& address, const Variant* data, const ResponseCallback& callback) = 0;  ///< [provider]
-  virtual void onRemove(const std::string& address, const ResponseCallback& callback) = 0;                       ///< [provider]
-  virtual void onBrowse(const std::string& address, const ResponseCallback& callback) = 0;                       ///< [provider]
-  virtual void onRead(const std::string& address, const Variant* data, const ResponseCallback& callback) = 0;    ///< [provider]
-  virtual void onWrite(const std::string& address, const Variant* data, const ResponseCallback& callback) = 0;   ///< [provider]
-  virtual void onMetadata(const std::string& address, const ResponseCallback& callback) = 0;                     ///< [provider]
+  virtual void onCreate(const std::string& address, const Variant* data,
+                        const ResponseCallback& callback) = 0;                              ///< [provider]
+  virtual void onRemove(const std::string& address, const ResponseCallback& callback) = 0;  ///< [provider]
+  virtual void onBrowse(const std::string& address, const ResponseCallback& callback) = 0;  ///< [provider]
+  virtual void onRead(const std::string& address, const Variant* data,
+                      const ResponseCallback& callback) = 0;  ///< [provider]
+  virtual void onWrite(const std::string& address, const Variant* data,
+                       const ResponseCallback& callback) = 0;                                 ///< [provider]
+  virtual void onMetadata(const std::string& address, const ResponseCallback& callback) = 0;  ///< [provider]
 
  protected:
   IProviderNode() = default;

@@ -39,8 +39,8 @@ class Variant {
   using Strings = std::vector<std::string>;
 
   Variant() = default;
-  /// Builds the copy by assignment: this library's std::variant destroys an alternative that was never made when its own copy
-  /// constructor runs out of memory.
+  /// Builds the copy by assignment: this library's std::variant destroys an alternative that was never made when its own
+  /// copy constructor runs out of memory.
   Variant(const Variant& other) {
     m_value = other.m_value;
     m_type = other.m_type;

@@ -48,13 +48,13 @@ enum class CmdResult : std::uint32_t {
   Okay = 0x00110000,
   JobCreationFailed = 0xF0110004,
   JobRegistrationFailed = 0xF0110007,
-  WrongContainer = 0xF011000E,   ///< a parameter container of another type
+  WrongContainer = 0xF011000E,        ///< a parameter container of another type
   InvalidParameterData = 0xF011000F,  ///< a variant of the wrong type or an invalid flat buffer
   OptionCreationFailed = 0xF0110010,
   NullPointer = 0xF0110011,
   UnknownPermType = 0xF011001A,
-  Refused = 0xF011001D,          ///< command or parameter refused
-  NoOptionData = 0xF011001F,     ///< no such option is active on the object
+  Refused = 0xF011001D,       ///< command or parameter refused
+  NoOptionData = 0xF011001F,  ///< no such option is active on the object
   AlreadyRegistered = 0xF0110020,
   NotRegistered = 0xF0110021,
   SchemaNotReadable = 0xF0110022,  ///< the binary schema is missing or damaged
@@ -72,7 +72,7 @@ enum class JobResult : std::uint32_t {
   InvalidObject = 0xF0000008,  ///< something the job needs is missing
   ListTypeNotServed = 0xF000000F,
   InvalidJobData = 0xF0000016,
-  DataNotPublished = 0xF0000020,   ///< nobody publishes that data in that section
+  DataNotPublished = 0xF0000020,  ///< nobody publishes that data in that section
   DataAlreadyPublished = 0xF0000021,
   UnknownSection = 0xF0000022,
   OutOfMemory = 0xF0000023,
@@ -80,7 +80,8 @@ enum class JobResult : std::uint32_t {
 }  // namespace job
 
 template <typename T>
-concept ResultCode = std::is_enum_v<T> && !std::is_convertible_v<T, std::uint32_t> && std::same_as<std::underlying_type_t<T>, std::uint32_t>;
+concept ResultCode =
+    std::is_enum_v<T> && !std::is_convertible_v<T, std::uint32_t> && std::same_as<std::underlying_type_t<T>, std::uint32_t>;
 
 /// The number of a result, for messages.
 template <ResultCode T>

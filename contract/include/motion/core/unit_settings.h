@@ -37,8 +37,10 @@ inline constexpr const char* UNITHELPER_T_ID = "motion::core::UnitHelperT";
 /// Converts between user units and internal units.
 class UnitHelperT : public IAmCreatable {
  public:
-  [[nodiscard]] virtual double toInternal(const UnitSettings& settings, UnitEntry entry, double userValue) const = 0;  ///< [any]
-  [[nodiscard]] virtual double toUser(const UnitSettings& settings, UnitEntry entry, double internalValue) const = 0;  ///< [any]
+  [[nodiscard]] virtual double toInternal(const UnitSettings& settings, UnitEntry entry,
+                                          double userValue) const = 0;  ///< [any]
+  [[nodiscard]] virtual double toUser(const UnitSettings& settings, UnitEntry entry,
+                                      double internalValue) const = 0;  ///< [any]
 };
 
 }  // namespace motion::core

@@ -5,8 +5,8 @@
 
 namespace motion::kavo {
 
-/// Signals are numbered 0 to SIGNAL_COUNT - 1. Byte i of each memory is a wrapping counter of signal i; the signal is set when
-/// the two counters differ.
+/// Signals are numbered 0 to SIGNAL_COUNT - 1. Byte i of each memory is a wrapping counter of signal i; the signal is set
+/// when the two counters differ.
 inline constexpr std::uint32_t SIGNAL_COUNT = 100;
 /// Moved by jobs only.
 inline constexpr const char* SIGNALS_IN_ADDRESS = "motion/state/functions/kavo/rt-data/signals_in";

@@ -16,8 +16,9 @@ class IRegistrationRealTime3 {
 
   virtual ~IRegistrationRealTime3() = default;
 
-  /// Makes a sink for the unit and stores it in `*sink`, as an atomic: the unit may be tracing meanwhile. The callback is told the unit's switches now and whenever they
-  /// change, from any thread. On failure `*sink` is left as it was. [framework]
+  /// Makes a sink for the unit and stores it in `*sink`, as an atomic: the unit may be tracing meanwhile. The callback is
+  /// told the unit's switches now and whenever they change, from any thread. On failure `*sink` is left as it was.
+  /// [framework]
   virtual std::int32_t registerUnit(ILogRealTime3** sink, const char* unitName, const EnablingCallback& callback) = 0;
   /// Reports the unit's switches into `state`; negative if the sink is not one of this service. [any]
   virtual std::int32_t getEnablingState(const ILogRealTime3* sink, EnablingState& state) const = 0;

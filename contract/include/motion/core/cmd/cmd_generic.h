@@ -47,13 +47,14 @@ class ICmdGeneric {
   virtual CmdResult onValidate(const dia::CmdSourceInfo& source, dia::IDia* dia) = 0;
   /// Told on every change of state, in the thread that changes it. [prepare | cyclic & real-time]
   virtual void onCmdStateChanged(const ICmdFrame& frame, CmdState state) = 0;
-  virtual bool onIsAdditional() = 0;                                ///< [prepare]
-  virtual CmdResult onAdditionalExecute() = 0;                      ///< [prepare]
-  virtual CmdResult onCmdActivate() = 0;                            ///< when the command becomes current [cyclic & real-time]
-  virtual CmdResult onCmdExit() = 0;                                ///< when it is current no more [cyclic & real-time]
+  virtual bool onIsAdditional() = 0;            ///< [prepare]
+  virtual CmdResult onAdditionalExecute() = 0;  ///< [prepare]
+  virtual CmdResult onCmdActivate() = 0;        ///< when the command becomes current [cyclic & real-time]
+  virtual CmdResult onCmdExit() = 0;            ///< when it is current no more [cyclic & real-time]
   [[nodiscard]] virtual std::uint32_t onGetAddCmdSlotID() const = 0;  ///< [prepare]
-  virtual bool onDeviceHasToFollow() = 0;                           ///< [prepare]
-  [[nodiscard]] virtual std::uint32_t onGetPlcOpenCmdType() const = 0;  ///< number of the command in PLC function blocks [any]
+  virtual bool onDeviceHasToFollow() = 0;                             ///< [prepare]
+  [[nodiscard]] virtual std::uint32_t onGetPlcOpenCmdType()
+      const = 0;  ///< number of the command in PLC function blocks [any]
 
  protected:
   ICmdGeneric() = default;

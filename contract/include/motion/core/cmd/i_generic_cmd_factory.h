@@ -28,15 +28,17 @@ class IGenericCmdFactory {
  public:
   virtual ~IGenericCmdFactory() = default;
 
-  /// Registers a command for axes. `visible` offers it to users; `schemaPath` is a binary FlatBuffers schema whose root table
-  /// describes the parameters; `helpUrl` may be empty. [framework]
-  virtual CmdResult registerCmd(const CmdId& id, const CmdCreateFn<ObjectType::AXIS>& onCreate, const CmdMarshalFn& onMarshal,
-                                bool visible, const std::vector<std::string>& groups, const std::string& schemaPath,
-                                const std::string& description, const std::string& helpUrl) = 0;
+  /// Registers a command for axes. `visible` offers it to users; `schemaPath` is a binary FlatBuffers schema whose root
+  /// table describes the parameters; `helpUrl` may be empty. [framework]
+  virtual CmdResult registerCmd(const CmdId& id, const CmdCreateFn<ObjectType::AXIS>& onCreate,
+                                const CmdMarshalFn& onMarshal, bool visible, const std::vector<std::string>& groups,
+                                const std::string& schemaPath, const std::string& description,
+                                const std::string& helpUrl) = 0;
   /// As above, for kinematics. [framework]
   virtual CmdResult registerCmd(const CmdId& id, const CmdCreateFn<ObjectType::KINEMATICS>& onCreate,
                                 const CmdMarshalFn& onMarshal, bool visible, const std::vector<std::string>& groups,
-                                const std::string& schemaPath, const std::string& description, const std::string& helpUrl) = 0;
+                                const std::string& schemaPath, const std::string& description,
+                                const std::string& helpUrl) = 0;
   /// Forgets a command; NotRegistered when it is unknown. [framework]
   virtual CmdResult unregisterCmd(const CmdId& id) = 0;
 

@@ -29,9 +29,10 @@ class IGenericCmdOptionFactory {
   virtual ~IGenericCmdOptionFactory() = default;
 
   /// Registers an option that accompanies the commands of `groups`. [framework]
-  virtual CmdResult registerCmdOption(const CmdId& id, const CmdOptionCreateFn& onCreate, const CmdOptionMarshalFn& onMarshal,
-                                      const std::vector<std::string>& groups, const std::string& schemaPath,
-                                      const std::string& description, const std::string& helpUrl) = 0;
+  virtual CmdResult registerCmdOption(const CmdId& id, const CmdOptionCreateFn& onCreate,
+                                      const CmdOptionMarshalFn& onMarshal, const std::vector<std::string>& groups,
+                                      const std::string& schemaPath, const std::string& description,
+                                      const std::string& helpUrl) = 0;
   /// As above, with the list of run-time slots in which the option's jobs may run. [framework]
   virtual CmdResult registerCmdOptionWithSlots(const CmdId& id, const CmdOptionCreateFn& onCreate,
                                                const CmdOptionMarshalFn& onMarshal, const std::vector<std::string>& groups,

@@ -25,13 +25,12 @@ using WaitForSignalCmdFn = FctResult (*)(cmd::ICmdContext* context, const dia::C
 /// Joins the objects of a group. [prepare]
 using JoinCmdFn = FctResult (*)(cmd::ICmdContext* context, const dia::CmdSourceInfo& source, const char* objName,
                                 const std::vector<std::string>& group, bool syncStartNextCmd, unsigned long& cmdId);
-/// Switches a signal on the path of a kinematics; `targetPos` has three coordinates, lengths and times are in the user's units.
-/// [prepare]
+/// Switches a signal on the path of a kinematics; `targetPos` has three coordinates, lengths and times are in the user's
+/// units. [prepare]
 using KinSwitchOnPathCmdOptFn = FctResult (*)(cmd::ICmdContext* context, const dia::CmdSourceInfo& source,
-                                              cmd::CmdOptPermType permType, const char* objName,
-                                              kavo::SwitchOnPathMode mode, unsigned int signalId,
-                                              kavo::SwitchOnPathAction action, const double* targetPos, double radius,
-                                              double preTriggerTime);
+                                              cmd::CmdOptPermType permType, const char* objName, kavo::SwitchOnPathMode mode,
+                                              unsigned int signalId, kavo::SwitchOnPathAction action,
+                                              const double* targetPos, double radius, double preTriggerTime);
 
 /// Aborts what an object does and what is buffered behind it. [prepare]
 using AbortCmdFn = FctResult (*)(cmd::ICmdContext* context, const dia::CmdSourceInfo& source, const char* objName);

@@ -24,10 +24,13 @@ using Other = NamedType<kavo::cmd::CmdSendSignalParsT, Other___t>;
 
 constexpr std::string_view FUNCTION_TEXT =
     "static motion::core::DataID motion::core::NamedType<BASETYPE, SEMANTIC>::getMyID() [with BASETYPE = "
-    "motion::kavo::cmd::CmdSendSignalParsT; SEMANTIC = motion::kavo::cmd::CmdSendSignalPars___t; motion::core::DataID = long "
+    "motion::kavo::cmd::CmdSendSignalParsT; SEMANTIC = motion::kavo::cmd::CmdSendSignalPars___t; motion::core::DataID = "
+    "long "
     "unsigned int]";
 
-TEST(NamedTypeID, IsTheKnownNumber) { EXPECT_EQ(Pars::getMyID(), 0x499538bceea58feeUL); }
+TEST(NamedTypeID, IsTheKnownNumber) {
+  EXPECT_EQ(Pars::getMyID(), 0x499538bceea58feeUL);
+}
 
 TEST(NamedTypeID, IsTheHashOfTheFunctionText) {
   EXPECT_EQ(Pars::getMyID(), std::_Hash_bytes(FUNCTION_TEXT.data(), FUNCTION_TEXT.size(), 0xc70f6907UL));
@@ -38,7 +41,9 @@ TEST(NamedTypeID, IsTheSameForTheFormInWhichJobsKeepIt) {
   EXPECT_EQ(sut.getID(), Pars::getMyID());
 }
 
-TEST(NamedTypeID, DependsOnTheMeaning) { EXPECT_NE(Pars::getMyID(), Other::getMyID()); }
+TEST(NamedTypeID, DependsOnTheMeaning) {
+  EXPECT_NE(Pars::getMyID(), Other::getMyID());
+}
 
 TEST(NamedType, HoldsItsPayload) {
   Pars sut;

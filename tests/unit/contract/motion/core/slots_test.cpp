@@ -1,4 +1,5 @@
-// Slot orders that component and host rely on: each operation is called through its place in the table of virtual operations.
+// Slot orders that component and host rely on: each operation is called through its place in the table of virtual
+// operations.
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -14,8 +15,8 @@
 namespace motion::core {
 namespace {
 
-/// The place of a virtual operation in its class's table, read from the pointer to the operation (Itanium C++ ABI: table offset
-/// plus one). The pair of destructors takes places 0 and 1.
+/// The place of a virtual operation in its class's table, read from the pointer to the operation (Itanium C++ ABI: table
+/// offset plus one). The pair of destructors takes places 0 and 1.
 template <typename OPERATION>
 std::size_t slotOf(OPERATION operation) {
   std::uintptr_t offset = 0;
@@ -25,7 +26,9 @@ std::size_t slotOf(OPERATION operation) {
   return (offset - 1) / sizeof(void*);
 }
 
-TEST(Slots, OfTheMotionObject) { EXPECT_EQ(slotOf(&IObj::isKinematics), slotOf(&IObj::isAxis) + 2); }
+TEST(Slots, OfTheMotionObject) {
+  EXPECT_EQ(slotOf(&IObj::isKinematics), slotOf(&IObj::isAxis) + 2);
+}
 
 TEST(Slots, OfTheExtensionInterface) {
   const std::size_t first = slotOf(&IMotionExt::getJobDataIDMgr);
@@ -73,12 +76,13 @@ TEST(Slots, OfAContainer) {
 
 TEST(Slots, OfACommand) {
   using Sut = cmd::CmdGeneric<ObjectType::AXIS>;
-  const std::vector<std::size_t> slots{
-      slotOf(&Sut::getJobNames),         slotOf(&Sut::onSetCmdValues),    slotOf(&Sut::onGetCmdType),
-      slotOf(&Sut::onRegisterJobListsInputs), slotOf(&Sut::onValidate),   slotOf(&Sut::onCmdStateChanged),
-      slotOf(&Sut::onIsAdditional),      slotOf(&Sut::onAdditionalExecute), slotOf(&Sut::onCmdActivate),
-      slotOf(&Sut::onCmdExit),           slotOf(&Sut::onGetAddCmdSlotID), slotOf(&Sut::onDeviceHasToFollow),
-      slotOf(&Sut::onGetPlcOpenCmdType)};
+  const std::vector<std::size_t> slots{slotOf(&Sut::getJobNames),        slotOf(&Sut::onSetCmdValues),
+                                       slotOf(&Sut::onGetCmdType),       slotOf(&Sut::onRegisterJobListsInputs),
+                                       slotOf(&Sut::onValidate),         slotOf(&Sut::onCmdStateChanged),
+                                       slotOf(&Sut::onIsAdditional),     slotOf(&Sut::onAdditionalExecute),
+                                       slotOf(&Sut::onCmdActivate),      slotOf(&Sut::onCmdExit),
+                                       slotOf(&Sut::onGetAddCmdSlotID),  slotOf(&Sut::onDeviceHasToFollow),
+                                       slotOf(&Sut::onGetPlcOpenCmdType)};
   for (std::size_t i = 0; i < slots.size(); ++i) {
     EXPECT_EQ(slots[i], i + 2);
   }
