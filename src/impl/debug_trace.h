@@ -64,3 +64,7 @@ class DebugTrace {
 #define KAVO_TRACE_AT(site, type, ...)                                                                            \
   ::motion::kavo::DebugTrace::doTrace(::motion::kavo::TraceType::type, (site).unit, (site).function, (site).line, \
                                       __VA_ARGS__)
+
+/// Traces from here in the name of the operation at a place of the same file: for lambdas and pieces of an operation.
+#define KAVO_TRACE_IN(site, type, ...) \
+  ::motion::kavo::DebugTrace::doTrace(::motion::kavo::TraceType::type, (site).unit, (site).function, __LINE__, __VA_ARGS__)
