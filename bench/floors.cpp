@@ -111,6 +111,18 @@ void JoinWalkFloor::add(std::size_t members) {
     member.object = &member;
   }
   node->members.front().cmdId = 1;
+  add(std::move(node));
+}
+
+void JoinWalkFloor::add(std::span<const std::pair<const core::IObj*, std::uint64_t>> members) {
+  auto node = std::make_shared<Node>();
+  for (const auto& [object, cmdID] : members) {
+    node->members.push_back({object, cmdID});
+  }
+  add(std::move(node));
+}
+
+void JoinWalkFloor::add(std::shared_ptr<Node> node) {
   node->next = m_nodes.empty() ? nullptr : m_nodes.back().get();
   m_nodes.push_back(std::move(node));
 }
@@ -123,6 +135,25 @@ std::uint64_t JoinWalkFloor::visit(const void* object) const noexcept {
     }
   }
   return linked;
+}
+
+std::uint64_t JoinWalkFloor::ask() {
+  const std::lock_guard lock(m_mutex);
+  std::uint64_t going = 0;
+  for (const Node* node = m_nodes.empty() ? nullptr : m_nodes.back().get(); node != nullptr; node = node->next) {
+    for (const Member& member : node->members) {
+      if (member.cmdId != 0) {
+        const auto* const object = static_cast<const core::IObj*>(member.object);
+        going += object->getCmdState(member.cmdId) != core::cmd::CmdState::ABORTED ? 1U : 0U;
+      }
+    }
+  }
+  return going;
+}
+
+std::uint64_t RecursiveLockFloor::lockOnce() {
+  const std::lock_guard lock(m_mutex);
+  return ++m_count;
 }
 
 std::vector<std::unique_ptr<IJoinMemberFloor>> makeJoinFloor(std::size_t members, bool isComplete) {

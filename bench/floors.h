@@ -4,7 +4,12 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <mutex>
+#include <span>
+#include <utility>
 #include <vector>
+
+#include "motion/core/i_obj.h"
 
 namespace motion::bench {
 
@@ -31,8 +36,13 @@ class JoinWalkFloor {
 
   /// Puts an occurrence with one linked member in front of the others. Throws std::bad_alloc.
   void add(std::size_t members);
+  /// The same with these members and the IDs of their commands, 0 where a member has not linked. Throws std::bad_alloc.
+  void add(std::span<const std::pair<const core::IObj*, std::uint64_t>> members);
   /// Visits every member of every occurrence once: loads its object and its command. The number of linked members.
   [[nodiscard]] std::uint64_t visit(const void* object) const noexcept;
+  /// Visits them with an uncontended recursive mutex held, and asks the object of each linked member for the state of its
+  /// command. The number of linked members whose command is not aborted. Needs members that are objects.
+  [[nodiscard]] std::uint64_t ask();
 
  private:
   struct Member {
@@ -49,7 +59,21 @@ class JoinWalkFloor {
     const Node* next = nullptr;
   };
 
+  void add(std::shared_ptr<Node> node);
+
   std::vector<std::shared_ptr<Node>> m_nodes;
+  std::recursive_mutex m_mutex;
+};
+
+/// A recursive mutex, made where the compiler of a benchmark does not see what it guards.
+class RecursiveLockFloor {
+ public:
+  /// Locks and unlocks it once. How often that has been done.
+  std::uint64_t lockOnce();
+
+ private:
+  std::recursive_mutex m_mutex;
+  std::uint64_t m_count = 0;
 };
 
 /// A member of a join, reached by one virtual call.

@@ -131,6 +131,18 @@ class OpenJoins {
       JoinCmdGlobalContext::appendToLinkedList(context);
     }
   }
+  /// The same occurrences with the same members linked. After restore.
+  [[nodiscard]] std::unique_ptr<JoinWalkFloor> makeFloor() const {
+    auto floor = std::make_unique<JoinWalkFloor>();
+    for (const auto& context : m_contexts) {
+      std::vector<std::pair<const core::IObj*, std::uint64_t>> members;
+      for (const auto& info : context->groupMap().m_infos) {
+        members.emplace_back(info.motionObj, info.cmdId);
+      }
+      floor->add(members);
+    }
+    return floor;
+  }
   JobResult prepareLast() noexcept { return m_last.job().registerForJoin(); }
   /// The last member has completed the join and nothing else has changed.
   [[nodiscard]] bool isDone() {
@@ -186,12 +198,16 @@ MADE& once(const benchmark::State& state, const MAKE& make) {
   return *made;
 }
 
+OpenJoins& openJoins(const benchmark::State& state) {
+  return once<OpenJoins>(
+      state, [](std::size_t members, std::size_t others) { return std::make_unique<OpenJoins>(members, others); });
+}
+
 /// Information is not traced, as a trace into the sink would cost more than small joins do.
 void joinOpen(benchmark::State& state) {
   // Its threads make counting references as dear as it is in a host.
   static_cast<void>(BenchHost::instance());
-  auto& joins = once<OpenJoins>(
-      state, [](std::size_t members, std::size_t others) { return std::make_unique<OpenJoins>(members, others); });
+  auto& joins = openJoins(state);
   kavo::DebugTrace::setTraceEnablingState({.info = false, .warning = true, .error = true});
   const double overhead = clockCost();
   JobResult result = JobResult::NoEffect;
@@ -225,6 +241,35 @@ void floorJoinOpen(benchmark::State& state) {
   }
 }
 
+/// The visit, and on top of it what any implementation of the meeting has to do: one mutex, and one question to the object
+/// of each linked member. The objects, commands and numbers of linked members are those of join_open.
+void floorJoinRequired(benchmark::State& state) {
+  static_cast<void>(BenchHost::instance());
+  auto& floor = once<JoinWalkFloor>(state, [&state](std::size_t /*members*/, std::size_t /*others*/) {
+    auto& joins = openJoins(state);
+    joins.restore();
+    JoinCmdGlobalContext::reset();
+    return joins.makeFloor();
+  });
+  std::uint64_t going = 0;
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(going = floor.ask());
+  }
+  if (going != static_cast<std::uint64_t>(state.range(0) - 1 + state.range(1))) {
+    state.SkipWithError("not every linked member was asked for");
+  }
+}
+
+void floorJoinMutex(benchmark::State& state) {
+  static_cast<void>(BenchHost::instance());
+  RecursiveLockFloor lock;
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(lock.lockOnce());
+  }
+}
+
+BENCHMARK(floorJoinMutex)->Name("floor_join_mutex");
+BENCHMARK(floorJoinRequired)->Name("floor_join_required")->ArgsProduct({{2, 10, 100, 1'000}, {0, 10, 1'000}});
 BENCHMARK(joinOpen)->Name("join_open")->ArgsProduct({{2, 10, 100, 1'000}, {0, 10, 1'000}})->UseManualTime();
 BENCHMARK(floorJoinOpen)->Name("floor_join_open")->ArgsProduct({{2, 10, 100, 1'000}, {0, 10, 1'000}});
 

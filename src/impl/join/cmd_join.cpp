@@ -53,7 +53,7 @@ CmdResult appendObjects(const CallSite& site, core::IObjMgr& objMgr, const std::
   for (const std::string& name : names) {
     const core::IObj* const obj = objMgr.findObj(name.c_str(), 0);
     if (obj == nullptr) {
-      KAVO_TRACE_AT(site, Error, "motion object %s is not found", name.c_str());
+      KAVO_TRACE_IN(site, Error, "motion object %s is not found", name.c_str());
       return CmdResult::Refused;
     }
     group.push_back(obj);
@@ -104,12 +104,12 @@ CmdResult CmdJoin<OBJECT_TYPE>::onSetCmdValues(const core::IContainer* cmdValues
   return guarded(CmdResult::OutOfMemory, [&] {
     const auto* const values = CmdJoinPars::safeCast(cmdValues);
     if (values == nullptr) {
-      KAVO_TRACE_AT(site, Error, "%s", "CmdJoinPars::safeCast(cmdValues) failed");
+      KAVO_TRACE_IN(site, Error, "%s", "CmdJoinPars::safeCast(cmdValues) failed");
       return CmdResult::WrongContainer;
     }
     const CmdJoinParsT pars = values->get();
     if (pars.group.empty()) {
-      KAVO_TRACE_AT(site, Error, "%s", "No motion objects specified for the join command");
+      KAVO_TRACE_IN(site, Error, "%s", "No motion objects specified for the join command");
       return CmdResult::Refused;
     }
     core::IObjMgr* const objMgr = getObjMgr(site);
@@ -132,7 +132,7 @@ CmdResult CmdJoin<OBJECT_TYPE>::onValidate(const core::dia::CmdSourceInfo& /*sou
   return guarded(CmdResult::OutOfMemory, [&] {
     const core::IObj* const obj = m_motionObj.get();
     if (obj == nullptr) {
-      KAVO_TRACE_AT(site, Error, "%s", "Motion object is invalid");
+      KAVO_TRACE_IN(site, Error, "%s", "Motion object is invalid");
       return CmdResult::NullPointer;
     }
     job::JoinGroup& group = this->m_cmdValues.getRef().group;
@@ -140,7 +140,7 @@ CmdResult CmdJoin<OBJECT_TYPE>::onValidate(const core::dia::CmdSourceInfo& /*sou
       group.push_back(obj);
     }
     if (group.size() < 2) {
-      KAVO_TRACE_AT(site, Error, "%s", "No motion object(s) specified to join with.");
+      KAVO_TRACE_IN(site, Error, "%s", "No motion object(s) specified to join with.");
       return CmdResult::Refused;
     }
     sortByName(*objMgr, group);

@@ -62,24 +62,24 @@ JobResult JobObjJoin::readInputs(core::job::IJobDataHandler& handler) noexcept {
   // Traces name the operation that the host called.
   const CallSite site = {unitPath<__FILE__>, who, __LINE__};
   if (const JobResult result = readData(handler, SectionID::OBJ_DATA, who, m_motionObjPtr); core::isFailure(result)) {
-    KAVO_TRACE_AT(site, Error, "%s", "IObjPtr::registerRead failed");
+    KAVO_TRACE_IN(site, Error, "%s", "IObjPtr::registerRead failed");
     return result;
   }
   if (getMotionObj() == nullptr) {
-    KAVO_TRACE_AT(site, Error, "%s", "Motion object is invalid");
+    KAVO_TRACE_IN(site, Error, "%s", "Motion object is invalid");
     return JobResult::InvalidObject;
   }
   if (const JobResult result = readData(handler, SectionID::CMD_DATA, who, m_joinCmdPtr); core::isFailure(result)) {
-    KAVO_TRACE_AT(site, Error, "%s", "ICmdPtr::registerRead failed");
+    KAVO_TRACE_IN(site, Error, "%s", "ICmdPtr::registerRead failed");
     return result;
   }
   if (m_joinCmdPtr->get() == nullptr) {
-    KAVO_TRACE_AT(site, Error, "%s", "m_joinCmdPtr is null");
+    KAVO_TRACE_IN(site, Error, "%s", "m_joinCmdPtr is null");
     return JobResult::InvalidObject;
   }
   const JobResult result = readData(handler, SectionID::CMD_DATA, who, m_joinJobPars);
   if (core::isFailure(result)) {
-    KAVO_TRACE_AT(site, Error, "%s", "JoinJobPars::registerRead failed");
+    KAVO_TRACE_IN(site, Error, "%s", "JoinJobPars::registerRead failed");
   }
   return result;
 }
@@ -99,7 +99,7 @@ JobResult JobObjJoin::initObjectNamesList() noexcept {
     for (const core::IObj* const obj : *getGroup()) {
       const char* name = nameOf(*objMgr, obj);
       if (name == nullptr) {
-        KAVO_TRACE_AT(site, Error, "%s", "Invalid motion object found");
+        KAVO_TRACE_IN(site, Error, "%s", "Invalid motion object found");
         name = NAMELESS;
         result = JobResult::InvalidJobData;
       }
@@ -168,19 +168,19 @@ JobResult JobObjJoin::joinAndWait() noexcept {
       if (m_waitForNextCmd) {
         return JobResult::NoEffect;
       }
-      KAVO_TRACE_AT(site, Info, "%s: joinCmd seq=%u: finished waiting for next prepared command", m_objName,
+      KAVO_TRACE_IN(site, Info, "%s: joinCmd seq=%u: finished waiting for next prepared command", m_objName,
                     m_context->seq());
     }
     if (!m_context->isJoined(m_objIndex)) {
       m_context->join(m_objIndex);
-      KAVO_TRACE_AT(site, Info, "%s: joinCmd seq=%u: %s has joined", m_objName, m_context->seq(), m_objName);
+      KAVO_TRACE_IN(site, Info, "%s: joinCmd seq=%u: %s has joined", m_objName, m_context->seq(), m_objName);
     }
     if (m_context->isAborted() || m_context->joinedCount() != m_context->groupMap().m_infos.size() ||
         // Exactly then and never later, so that all members end in one and the same cycle or not at all.
         getMotionObj()->getCycleCount() != m_context->completionCycle() + 1) {
       return JobResult::NoEffect;
     }
-    KAVO_TRACE_AT(site, Info, "%s: joinCmd seq=%u: join complete", m_objName, m_context->seq());
+    KAVO_TRACE_IN(site, Info, "%s: joinCmd seq=%u: join complete", m_objName, m_context->seq());
     return JobResult::CmdFinished;
   });
 }

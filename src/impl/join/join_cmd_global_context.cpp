@@ -30,16 +30,28 @@ const core::IObj* objOf(const ObjJoinInfo& info) noexcept {
   return info.motionObj;
 }
 
-/// True when every element of `group` is the object of some entry and there are as many of them as entries. Groups are
-/// sorted by name, so each element is looked for from the place behind the one before: one pass in all.
+/// How many elements of a group stand at the same places among the entries, counted from the first on. Groups are sorted by
+/// name, so for the same group these are all as a rule.
+template <typename GROUP>
+std::size_t countInStep(const std::vector<ObjJoinInfo>& infos, const GROUP& group) noexcept {
+  std::size_t count = 0;
+  while (count < infos.size() && infos[count].motionObj == objOf(group[count])) {
+    ++count;
+  }
+  return count;
+}
+
+/// True when every element of `group` is the object of some entry and there are as many of them as entries.
 template <typename GROUP>
 bool isSame(const std::vector<ObjJoinInfo>& infos, const GROUP& group) noexcept {
   if (group.size() != infos.size()) {
     return false;
   }
-  auto place = infos.begin();
-  for (const auto& element : group) {
-    const core::IObj* const obj = objOf(element);
+  const auto inStep = static_cast<std::ptrdiff_t>(countInStep(infos, group));
+  // Each of the others is looked for from the place behind the one before.
+  auto place = infos.begin() + inStep;
+  for (auto element = group.begin() + inStep; element != group.end(); ++element) {
+    const core::IObj* const obj = objOf(*element);
     auto found = std::ranges::find(place, infos.end(), obj, &ObjJoinInfo::motionObj);
     if (found == infos.end()) {
       found = std::ranges::find(infos.begin(), place, obj, &ObjJoinInfo::motionObj);
@@ -76,41 +88,83 @@ JoinCmdGlobalContext::~JoinCmdGlobalContext() {
 std::shared_ptr<JoinCmdGlobalContext> JoinCmdGlobalContext::create(const JobObjJoin& job, int& index) {
   const std::lock_guard lock(g_mtx);
   index = -1;
-  if (!isValidJobObject(job)) {
+  const JoinGroup* const group = job.getGroup();
+  const core::IObj* const obj = job.getMotionObj();
+  if (group == nullptr || obj == nullptr) {
     return nullptr;
   }
-  removeAbortedContexts();
-  Handle context = findOpenFor(job.getMotionObj(), *job.getGroup());
-  const bool isNew = context == nullptr;
-  if (isNew) {
-    context = std::make_shared<JoinCmdGlobalContext>(*job.getGroup());
+  Place place = findOpenFor(obj, *group);
+  if (place.context == nullptr) {
+    Handle made = std::make_shared<JoinCmdGlobalContext>(*group);
+    index = made->linkJobObject(job);
+    if (!made->isAllObjLinked()) {
+      appendUnlocked(made);
+    }
+    return made;
   }
-  index = context->linkJobObject(job);
-  if (context->isAllObjLinked()) {
+  index = place.index;
+  if (ObjJoinInfo* const info = place.context->infoAt(index); info != nullptr) {
+    info->cmdId = job.getCmdId();
+    place.linkedCount += info->cmdId != 0 ? 1U : 0U;
+  }
+  if (place.linkedCount == place.context->m_groupMap.m_infos.size()) {
     // Later joins are other occurrences.
-    context->removeFromLinkedList();
-  } else if (isNew) {
-    appendToLinkedList(context);
+    removeUnlocked(*place.link, *place.context);
   }
-  return context;
+  return std::move(place.context);
 }
 
-JoinCmdGlobalContext::Handle JoinCmdGlobalContext::findOpenFor(const core::IObj* obj, const JoinGroup& group) {
-  Handle context = findMostRecent(group);
-  if (context != nullptr && context->isAborted()) {
-    context->removeFromLinkedList();
-    return nullptr;
+template <typename VISIT>
+void JoinCmdGlobalContext::walkUnlocked(const VISIT& visit) {
+  Handle newer;
+  Link* link = &g_head;
+  for (Handle context = link->lock(), next; context != nullptr; context = std::move(next)) {
+    // Taking a context out of the list clears its link.
+    next = context->m_next.lock();
+    const std::size_t linkedCount = context->noteAbortedMember();
+    if (context->isAborted()) {
+      removeUnlocked(*link, *context);
+      continue;
+    }
+    Link* const linkToOlder = &context->m_next;
+    visit(newer, *link, context, linkedCount);
+    newer = std::move(context);
+    link = linkToOlder;
   }
-  if (context == nullptr || context->isLinked(obj)) {
-    return nullptr;
+}
+
+JoinCmdGlobalContext::Place JoinCmdGlobalContext::findOpenFor(const core::IObj* obj, const JoinGroup& group) {
+  Place newest;
+  Place oldest;
+  bool isLinkedInNewest = false;
+  walkUnlocked([&](Handle& newer, Link& link, Handle& context, std::size_t linkedCount) {
+    if (!context->isSameGroup(group)) {
+      return;
+    }
+    const int index = context->indexOf(obj);
+    const ObjJoinInfo* const info = context->infoAt(index);
+    const bool isMemberLinked = info != nullptr && info->cmdId != 0;
+    if (newest.context == nullptr) {
+      newest = {std::move(newer), &link, std::move(context), index, linkedCount};
+      isLinkedInNewest = isMemberLinked;
+    } else if (!isMemberLinked) {
+      // Where the walk has nothing newer to give, the link belongs to the context that was kept last.
+      if (newer == nullptr) {
+        newer = oldest.context != nullptr ? std::move(oldest.context) : newest.context;
+      }
+      oldest = {std::move(newer), &link, std::move(context), index, linkedCount};
+    }
+  });
+  if (newest.context != nullptr && newest.context->isAborted()) {
+    // Since it was visited. Older ones are not looked at then.
+    removeUnlocked(*newest.link, *newest.context);
+    return {};
+  }
+  if (isLinkedInNewest) {
+    return {};
   }
   // A member that has several joins in its buffer takes part in the occurrences in the order in which they were opened.
-  for (Handle older = context->findPreviousWithSameGroup(); older != nullptr; older = older->findPreviousWithSameGroup()) {
-    if (!older->isLinked(obj)) {
-      context = older;
-    }
-  }
-  return context;
+  return oldest.context != nullptr ? std::move(oldest) : std::move(newest);
 }
 
 void JoinCmdGlobalContext::reset() {
@@ -129,20 +183,18 @@ const ObjJoinInfo* JoinCmdGlobalContext::infoAt(int index) const noexcept {
   return index >= 0 && static_cast<std::size_t>(index) < infos.size() ? &infos[static_cast<std::size_t>(index)] : nullptr;
 }
 
-bool JoinCmdGlobalContext::isLinked(const core::IObj* obj) const noexcept {
+int JoinCmdGlobalContext::indexOf(const core::IObj* obj) const noexcept {
   const auto& infos = m_groupMap.m_infos;
   const auto info = std::ranges::find(infos, obj, &ObjJoinInfo::motionObj);
-  return info != infos.end() && info->cmdId != 0;
+  return info != infos.end() ? static_cast<int>(info - infos.begin()) : -1;
 }
 
 int JoinCmdGlobalContext::linkJobObject(const JobObjJoin& job) {
-  auto& infos = m_groupMap.m_infos;
-  const auto info = std::ranges::find(infos, job.getMotionObj(), &ObjJoinInfo::motionObj);
-  if (info == infos.end()) {
-    return -1;
+  const int index = indexOf(job.getMotionObj());
+  if (ObjJoinInfo* const info = infoAt(index); info != nullptr) {
+    info->cmdId = job.getCmdId();
   }
-  info->cmdId = job.getCmdId();
-  return static_cast<int>(info - infos.begin());
+  return index;
 }
 
 bool JoinCmdGlobalContext::isAllObjLinked() const noexcept {
@@ -182,16 +234,26 @@ bool JoinCmdGlobalContext::isAborted() const noexcept {
 }
 
 void JoinCmdGlobalContext::determineAbortedFromCmdStates() {
+  static_cast<void>(noteAbortedMember());
+}
+
+std::size_t JoinCmdGlobalContext::noteAbortedMember() {
+  std::size_t linkedCount = 0;
   if (isAborted()) {
-    return;
+    return linkedCount;
   }
   const auto& infos = m_groupMap.m_infos;
-  const auto aborted = std::ranges::find_if(infos, [](const ObjJoinInfo& info) {
-    return info.cmdId != 0 && info.motionObj->getCmdState(info.cmdId) == CmdState::ABORTED;
-  });
-  if (aborted != infos.end()) {
-    markAborted(static_cast<int>(aborted - infos.begin()));
+  for (const ObjJoinInfo& info : infos) {
+    if (info.cmdId == 0) {
+      continue;
+    }
+    ++linkedCount;
+    if (info.motionObj->getCmdState(info.cmdId) == CmdState::ABORTED) {
+      markAborted(static_cast<int>(&info - infos.data()));
+      break;
+    }
   }
+  return linkedCount;
 }
 
 bool JoinCmdGlobalContext::isSameGroup(const JoinGroup& group) const noexcept {
@@ -226,37 +288,36 @@ std::shared_ptr<JoinCmdGlobalContext> JoinCmdGlobalContext::findPreviousWithSame
 
 void JoinCmdGlobalContext::removeAbortedContexts() {
   const std::lock_guard lock(g_mtx);
-  Handle context = g_head.lock();
-  while (context != nullptr) {
-    // Taking a context out of the list clears its link.
-    Handle next = context->m_next.lock();
-    context->determineAbortedFromCmdStates();
-    if (context->isAborted()) {
-      context->removeFromLinkedList();
-    }
-    context = std::move(next);
-  }
+  walkUnlocked([](const Handle&, const Link&, const Handle&, std::size_t) {});
 }
 
 void JoinCmdGlobalContext::appendToLinkedList(const std::shared_ptr<JoinCmdGlobalContext>& context) {
   const std::lock_guard lock(g_mtx);
-  context->m_next = g_head;
-  g_head = context;
+  appendUnlocked(context);
+}
+
+void JoinCmdGlobalContext::appendUnlocked(const Handle& context) noexcept {
+  context->m_next = std::exchange(g_head, context);
   ++g_listSize;
 }
 
 void JoinCmdGlobalContext::removeFromLinkedList() {
   const std::lock_guard lock(g_mtx);
   Handle newer;
-  for (Handle context = g_head.lock(); context != nullptr; context = newer->m_next.lock()) {
+  Link* link = &g_head;
+  for (Handle context = link->lock(); context != nullptr; context = link->lock()) {
     if (context.get() == this) {
-      (newer == nullptr ? g_head : newer->m_next) = m_next;
-      m_next.reset();
-      --g_listSize;
+      removeUnlocked(*link, *this);
       return;
     }
     newer = std::move(context);
+    link = &newer->m_next;
   }
+}
+
+void JoinCmdGlobalContext::removeUnlocked(Link& link, JoinCmdGlobalContext& context) noexcept {
+  link = std::exchange(context.m_next, {});
+  --g_listSize;
 }
 
 std::uint32_t JoinCmdGlobalContext::listSize() {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <mutex>
@@ -90,12 +91,36 @@ class JoinCmdGlobalContext {
 
  private:
   using Handle = std::shared_ptr<JoinCmdGlobalContext>;
+  using Link = std::weak_ptr<JoinCmdGlobalContext>;
+
+  /// An open occurrence and where it stands in the list: `link` leads to it and belongs to `newer`, or is g_head.
+  struct Place {
+    Handle newer;
+    Link* link = nullptr;
+    Handle context;
+    int index = -1;               ///< of the member that looks for it
+    std::size_t linkedCount = 0;  ///< members that have linked
+  };
 
   [[nodiscard]] ObjJoinInfo* infoAt(int index) noexcept;
   [[nodiscard]] const ObjJoinInfo* infoAt(int index) const noexcept;
-  [[nodiscard]] bool isLinked(const core::IObj* obj) const noexcept;
-  /// The occurrence into which the job belongs, if one is open.
-  [[nodiscard]] static Handle findOpenFor(const core::IObj* obj, const JoinGroup& group);
+  [[nodiscard]] int indexOf(const core::IObj* obj) const noexcept;
+  /// determineAbortedFromCmdStates; how many members have linked, unless one is aborted.
+  [[nodiscard]] std::size_t noteAbortedMember();
+
+  // What follows is called with g_mtx held.
+
+  /// Takes the aborted occurrences out of the list and calls visit(newer, link, context, linkedCount) for each of the
+  /// others, newest first. `link` leads to the context and belongs to `newer`, or is g_head. A visitor may move the handles
+  /// away; it then keeps the context at least until it is called again, for that owns the next link, and `newer` is null
+  /// there.
+  template <typename VISIT>
+  static void walkUnlocked(const VISIT& visit);
+  /// The occurrence into which the member belongs, if one is open. Takes the aborted ones out of the list, in the same walk.
+  [[nodiscard]] static Place findOpenFor(const core::IObj* obj, const JoinGroup& group);
+  static void appendUnlocked(const Handle& context) noexcept;
+  /// Takes out the context to which the link leads.
+  static void removeUnlocked(Link& link, JoinCmdGlobalContext& context) noexcept;
 
   std::uint32_t m_joinedCount = 0;
   std::uint64_t m_completionCycle = 0;

@@ -2,23 +2,12 @@
 #include <thread>
 
 #include "impl/join/join_cmd_global_context.h"
-#include "join_fixture.h"
+#include "join_search_fixture.h"
 
 namespace motion::kavo::job {
 namespace {
 
-using core::cmd::CmdState;
-using Context = JoinCmdGlobalContext;
-
-class JoinCmdGlobalContextCreateTest : public JoinTest {
- protected:
-  [[nodiscard]] static std::uint32_t seqOf(const std::unique_ptr<JoinMember>& member) {
-    return member->m_job.getContext()->seq();
-  }
-  [[nodiscard]] static const Context* contextOf(const std::unique_ptr<JoinMember>& member) {
-    return member->m_job.getContext();
-  }
-};
+using JoinCmdGlobalContextCreateTest = JoinSearchTest;
 
 TEST_F(JoinCmdGlobalContextCreateTest, OpensAnOccurrenceForTheFirstMember) {
   const auto second = member(m_b, 21, m_abc);
