@@ -103,6 +103,16 @@ Call moveCall(const char* command, double millimetres) {
   };
 }
 
+Call kinMoveCall(const char* command, std::vector<double> to, std::vector<double> via, double blending) {
+  return [command, to = std::move(to), via = std::move(via), blending](host::Runtime& runtime, const char* object) {
+    constexpr double velocity = 100.0;        // [mm/s]
+    constexpr double acceleration = 10000.0;  // [mm/s^2]
+    unsigned long id = 0;
+    const host::builtin::KinMovePars values(host::builtin::KinMoveParsT{to, via, blending, velocity, acceleration});
+    return runtime.addCmd({}, object, command, values, 1, &id) == FctResult::Okay;
+  };
+}
+
 Call dwellCall(double seconds) {
   return [seconds](host::Runtime& runtime, const char* object) {
     unsigned long id = 0;
@@ -147,6 +157,10 @@ BusyHost::BusyHost() : m_events(EVENTS), m_open(0.001) {
   add("Watchman", ObjectType::KINEMATICS, {waitForSignalCall(SET_BY_TWO, false), dwellCall(0.005)});
   add("Partner", ObjectType::AXIS, {joinCall("OtherPartner", true), dwellCall(0.002)});
   add("OtherPartner", ObjectType::KINEMATICS, {joinCall("Partner", false), dwellCall(0.004)});
+  add("Mover", ObjectType::KINEMATICS,
+      {kinMoveCall("MoveLin", {0.5, 0, 0}), kinMoveCall("MoveCirc", {0.5, 0.5, 0}, {0.75, 0.25, 0}),
+       kinMoveCall("MoveLin", {0, 0, 0}, {0.25, 0.5, 0, 0, 0.5, 0}, 0.1)});
+  add("Wanderer", ObjectType::KINEMATICS, {kinMoveCall("MoveLin", {0.5, 0, 0}), kinMoveCall("MoveLin", {0, 0, 0})});
   add("IdleAxis", ObjectType::AXIS, {waitForSignalCall(NEVER_SET, true)});
   add("EmptyAxis", ObjectType::AXIS, {});
   runtime().preparation().setListener(&m_tally);
@@ -181,6 +195,9 @@ void BusyHost::happenOutside(std::uint64_t nextCycle) {
   }
   if (nextCycle % 97 == 0) {
     require(m_open.abortCmds("Sender") && m_open.abortCmds("IdleAxis") && m_open.abortCmds("EmptyAxis"), "abortCmds");
+  }
+  if (nextCycle % 89 == 0) {
+    require(m_open.abortCmds("Wanderer"), "abortCmds");
   }
   if (nextCycle % 101 == 0) {
     require(m_open.abortCmds("Receiver") && m_open.abortCmds("Watcher"), "abortCmds");

@@ -38,6 +38,9 @@ using Call = std::function<bool(host::Runtime&, const char* object)>;
 [[nodiscard]] Call waitForSignalResetCall(unsigned int signal);
 [[nodiscard]] Call joinCall(const std::string& partner, bool syncStartNextCmd);
 [[nodiscard]] Call moveCall(const char* command, double millimetres);
+/// MoveLin or MoveCirc; points and radius in millimetres.
+[[nodiscard]] Call kinMoveCall(const char* command, std::vector<double> to, std::vector<double> via = {},
+                               double blending = 0.0);
 [[nodiscard]] Call dwellCall(double seconds);
 
 /// How commands ended, by name and state, and how long they were current.
@@ -62,8 +65,8 @@ class EndTally : public host::ICmdListener {
   std::map<std::pair<std::string, core::cmd::CmdState>, Entry> m_entries;
 };
 
-/// Axes and kinematics that set, reset and await signals, join, move and dwell, over and over, while signals change and
-/// commands are aborted from outside.
+/// Axes and kinematics that set, reset and await signals, join, move along lines and arcs, and dwell, over and over, while
+/// signals change and commands are aborted from outside.
 class BusyHost {
  public:
   BusyHost();

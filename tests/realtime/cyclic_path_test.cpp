@@ -41,8 +41,8 @@ void runGuarded(BusyHost& busy, RealtimeGuard& guard, int cycles) {
 
 /// The run was worth something: everything was done often, and waits ended both at once and after idling.
 void expectEverythingHappened(const EndTally& tally, std::uint64_t times) {
-  for (const char* name :
-       {"SetSignal", "ResetSignal", "WaitForSignal", "WaitForSignalReset", "Join", "MoveAbs", "MoveRel", "Dwell"}) {
+  for (const char* name : {"SetSignal", "ResetSignal", "WaitForSignal", "WaitForSignalReset", "Join", "MoveAbs", "MoveRel",
+                           "MoveLin", "MoveCirc", "Dwell"}) {
     EXPECT_GE(tally.of(name, CmdState::DONE).ended, times) << name;
     EXPECT_EQ(tally.of(name, CmdState::FAILED).ended, 0U) << name;
   }
@@ -53,6 +53,7 @@ void expectEverythingHappened(const EndTally& tally, std::uint64_t times) {
   }
   EXPECT_GE(tally.of("WaitForSignal", CmdState::ABORTED).ended, times / 10);
   EXPECT_GE(tally.of("MoveAbs", CmdState::ABORTED).ended, times / 100);
+  EXPECT_GE(tally.of("MoveLin", CmdState::ABORTED).ended, times / 10);
   EXPECT_GE(tally.of("Join", CmdState::ABORTED).ended, times / 10);
 }
 

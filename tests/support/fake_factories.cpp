@@ -1,5 +1,7 @@
-// The factories of a pretended motion runtime: job objects, commands and command options.
+// The factories of a pretended motion runtime: job objects, helpers, commands and command options.
 #include "support/fake_factories.h"
+
+#include <string_view>
 
 #include "motion/core/job/job_object_base.h"
 
@@ -8,6 +10,16 @@ namespace motion::test {
 using core::ObjFactoryResult;
 using core::cmd::CmdId;
 using core::cmd::CmdResult;
+
+double FakeUnitHelper::toInternal(const core::UnitSettings& settings, core::UnitEntry entry, double userValue) const {
+  m_calls.note("unitHelper.toInternal", static_cast<std::uint32_t>(entry), userValue);
+  return userValue * settings.entries.at(static_cast<std::size_t>(entry)).factor;
+}
+
+double FakeUnitHelper::toUser(const core::UnitSettings& settings, core::UnitEntry entry, double internalValue) const {
+  m_calls.note("unitHelper.toUser", static_cast<std::uint32_t>(entry), internalValue);
+  return internalValue / settings.entries.at(static_cast<std::size_t>(entry)).factor;
+}
 
 ObjFactoryResult FakeObjFactory::registerObj(std::unique_ptr<core::IAmCreatable>& prototype, std::uint32_t flags) {
   const AllocationPause pause;
@@ -43,8 +55,10 @@ ObjFactoryResult FakeObjFactory::unregisterObj(const char* name, std::uint32_t f
 }
 
 core::IAmCreatable* FakeObjFactory::getHelper(const char* name) {
-  m_calls.note("objFactory.getHelper", name);
-  return nullptr;
+  if (m_calls.note("objFactory.getHelper", name)) {
+    return nullptr;
+  }
+  return name == std::string_view(m_unitHelper.getID()) ? &m_unitHelper : nullptr;
 }
 
 CmdResult FakeCmdFactory::registerCmd(const CmdId& id, const core::cmd::CmdCreateFn<core::ObjectType::AXIS>& onCreate,

@@ -1,4 +1,4 @@
-// The factories of a pretended motion runtime: job objects, commands and command options.
+// The factories of a pretended motion runtime: job objects, helpers, commands and command options.
 #pragma once
 
 #include <cstdint>
@@ -11,14 +11,31 @@
 #include "motion/core/cmd/i_generic_cmd_factory.h"
 #include "motion/core/cmd/i_generic_cmd_option_factory.h"
 #include "motion/core/i_obj_factory.h"
+#include "motion/core/unit_settings.h"
 #include "support/fake_calls.h"
 
 namespace motion::test {
 
+/// Converts with the factors of the settings. Operations: "unitHelper.toInternal", "unitHelper.toUser", shown with the entry
+/// and the value.
+class FakeUnitHelper : public core::UnitHelperT {
+ public:
+  explicit FakeUnitHelper(FakeCalls& calls) : m_calls(calls) {}
+
+  core::IAmCreatable* createNew() const override { return nullptr; }
+  const char* getID() const override { return core::UNITHELPER_T_ID; }
+  std::uint32_t getType() const override { return static_cast<std::uint32_t>(core::CreatableType::HELPER); }
+  double toInternal(const core::UnitSettings& settings, core::UnitEntry entry, double userValue) const override;
+  double toUser(const core::UnitSettings& settings, core::UnitEntry entry, double internalValue) const override;
+
+ private:
+  FakeCalls& m_calls;
+};
+
 /// Operations: "objFactory.registerObj", "objFactory.createObj", "objFactory.unregisterObj", "objFactory.getHelper".
 class FakeObjFactory : public core::IObjFactory {
  public:
-  explicit FakeObjFactory(FakeCalls& calls) : m_calls(calls) {}
+  explicit FakeObjFactory(FakeCalls& calls) : m_unitHelper(calls), m_calls(calls) {}
 
   core::ObjFactoryResult registerObj(std::unique_ptr<core::IAmCreatable>& prototype, std::uint32_t flags) override;
   core::ObjFactoryResult createObj(const char* name, std::uint32_t flags, core::job::IJobObject*& out) override;
@@ -26,6 +43,7 @@ class FakeObjFactory : public core::IObjFactory {
   core::IAmCreatable* getHelper(const char* name) override;
 
   std::map<std::string, std::unique_ptr<core::IAmCreatable>> m_prototypes;
+  FakeUnitHelper m_unitHelper;  ///< the only helper
 
  private:
   FakeCalls& m_calls;

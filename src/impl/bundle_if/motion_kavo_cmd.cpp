@@ -1,6 +1,9 @@
 // Registers what the component offers and issues its commands for the host's program interfaces.
 #include "impl/bundle_if/motion_kavo_cmd.h"
 
+#include <algorithm>
+#include <array>
+#include <memory>
 #include <utility>
 
 #include "impl/bundle_if/fct_result_text.h"
@@ -10,7 +13,10 @@
 #include "impl/join/cmd_join.h"
 #include "impl/join/join_cmd_global_context.h"
 #include "impl/rt_signals.h"
+#include "impl/send_signal/cmd_option_set_signal.h"
 #include "impl/send_signal/cmd_send_signal.h"
+#include "impl/send_signal/option_set_signal_pars.h"
+#include "impl/switch_on_path/cmd_option_switch_on_path.h"
 #include "impl/wait_for_signal/cmd_wait_for_signal.h"
 #include "impl/wait_for_signal_reset/cmd_wait_for_signal_reset.h"
 #include "motion/core/i_obj.h"
@@ -20,12 +26,15 @@ namespace motion::kavo {
 namespace {
 
 using cmd::CmdJoin;
+using cmd::CmdOptionSetSignal;
+using cmd::CmdOptionSwitchOnPath;
 using cmd::CmdSendSignal;
 using cmd::CmdWaitForSignal;
 using cmd::CmdWaitForSignalReset;
 using cmd::SignalAction;
 using core::FctResult;
 using core::ObjectType;
+using core::cmd::CmdOptPermType;
 using core::cmd::CmdResult;
 
 /// A command or option that the component offers.
@@ -40,6 +49,11 @@ constexpr Registration registrationOf(const char* name) {
   return {name, &COMMAND::registerCmd, &COMMAND::unregisterCmd};
 }
 
+template <typename OPTION>
+constexpr Registration optionRegistrationOf(const char* name) {
+  return {name, &OPTION::registerCmdOption, &OPTION::unregisterCmdOption};
+}
+
 constexpr Registration REGISTRATIONS[] = {
     registrationOf<CmdWaitForSignal<ObjectType::AXIS>>("WaitForSignal"),
     registrationOf<CmdWaitForSignal<ObjectType::KINEMATICS>>("WaitForSignal"),
@@ -49,14 +63,17 @@ constexpr Registration REGISTRATIONS[] = {
     registrationOf<CmdSendSignal<ObjectType::KINEMATICS, SignalAction::SET>>("SetSignal"),
     registrationOf<CmdSendSignal<ObjectType::AXIS, SignalAction::RESET>>("ResetSignal"),
     registrationOf<CmdSendSignal<ObjectType::KINEMATICS, SignalAction::RESET>>("ResetSignal"),
+    optionRegistrationOf<CmdOptionSetSignal>("SetSignal"),
     registrationOf<CmdJoin<ObjectType::AXIS>>("Join"),
     registrationOf<CmdJoin<ObjectType::KINEMATICS>>("Join"),
+    optionRegistrationOf<CmdOptionSwitchOnPath>("SwitchOnPath"),
 };
 
 /// The records of the commands, in the order in which they are announced.
 constexpr void (*DATA_TYPES[])(core::job::IJobDataIDMgr&) = {
-    &cmd::registerJoinDataTypes,          &cmd::registerSendSignalDataTypes,         &job::registerSendSignalDataTypes,
-    &job::registerWaitForSignalDataTypes, &job::registerWaitForSignalResetDataTypes,
+    &cmd::registerJoinDataTypes,          &cmd::registerOptionSetSignalDataTypes, &cmd::registerSendSignalDataTypes,
+    &job::registerSendSignalDataTypes,    &job::registerWaitForSignalDataTypes,   &job::registerWaitForSignalResetDataTypes,
+    &registerOptionSwitchOnPathDataTypes,
 };
 
 /// Resolves the object for a published function.
@@ -128,14 +145,17 @@ bool MotionKavoCmd::initialize(core::MotionCmdIfT& cmdIf, core::MotionCmdIf2T& c
   g_motionCmdIf = &cmdIf;
   cmdIf.resetSignalCmd = &resetSignalCmd;
   cmdIf.setSignalCmd = &setSignalCmd;
+  cmdIf.setSignalCmdOpt = &setSignalCmdOpt;
   cmdIf.waitForSignalCmd = &waitForSignalCmd;
   cmdIf.joinCmd = &joinCmd;
   g_motionCmdIf2 = &cmdIf2;
   cmdIf2.general->resetSignalCmd = &resetSignalCmd;
   cmdIf2.general->setSignalCmd = &setSignalCmd;
+  cmdIf2.general->setSignalCmdOpt = &setSignalCmdOpt;
   cmdIf2.general->waitForSignalCmd = &waitForSignalCmd;
   cmdIf2.general->joinCmd = &joinCmd;
   cmdIf2.general->waitForSignalResetCmd = &waitForSignalResetCmd;
+  cmdIf2.kin->kinSwitchOnPathCmdOpt = &kinSwitchOnPathCmdOpt;
   return true;
 }
 
@@ -205,6 +225,18 @@ FctResult MotionKavoCmd::resetSignalCmd(core::cmd::ICmdContext* context, const c
       KAVO_HERE, {context, source, objName}, cmdId, [&] { return cmd::CmdSendSignalPars({.signalId = signalId}); });
 }
 
+FctResult MotionKavoCmd::setSignalCmdOpt(core::cmd::ICmdContext* context, const core::dia::CmdSourceInfo& source,
+                                         const char* objName, unsigned int signalId) noexcept {
+  auto type = ObjectType::UNDEFINED;
+  if (const FctResult result = resolveObjectType(KAVO_HERE, context, objName, type); core::isFailure(result)) {
+    return result;
+  }
+  return guarded(FctResult::OutOfMemory, [&] {
+    cmd::CmdOptionSetSignalPars values({.signalId = signalId});
+    return context->addCmdOption(source, objName, CmdOptionSetSignal::getCmdId(type).name, CmdOptPermType::ONCE, values);
+  });
+}
+
 FctResult MotionKavoCmd::waitForSignalCmd(core::cmd::ICmdContext* context, const core::dia::CmdSourceInfo& source,
                                           const char* objName, unsigned int signalId, bool autoReset,
                                           unsigned long& cmdId) noexcept {
@@ -225,6 +257,40 @@ FctResult MotionKavoCmd::joinCmd(core::cmd::ICmdContext* context, const core::di
   return addCommand<CmdJoin<ObjectType::AXIS>, CmdJoin<ObjectType::KINEMATICS>>(
       KAVO_HERE, {context, source, objName}, cmdId,
       [&] { return cmd::CmdJoinPars({.group = group, .syncStartNextCmd = syncStartNextCmd}); });
+}
+
+FctResult MotionKavoCmd::kinSwitchOnPathCmdOpt(core::cmd::ICmdContext* context, const core::dia::CmdSourceInfo& source,
+                                               CmdOptPermType permType, const char* objName, SwitchOnPathMode mode,
+                                               unsigned int signalId, SwitchOnPathAction action, const double* targetPos,
+                                               double radius, double preTriggerTime) noexcept {
+  auto type = ObjectType::UNDEFINED;
+  if (const FctResult result = resolveObjectType(KAVO_HERE, context, objName, type); core::isFailure(result)) {
+    return result;
+  }
+  if (type != ObjectType::KINEMATICS) {
+    KAVO_TRACE(Error, "kinSwitchOnPathCmdOpt not supported for object type '%s'",
+               type == ObjectType::AXIS ? "Axis" : "Undefined");
+    return FctResult::OptionNotSupported;
+  }
+  // Switching off has no target.
+  std::array<double, 3> target{};
+  if (targetPos != nullptr) {
+    std::copy_n(targetPos, target.size(), target.begin());
+  } else if (permType != CmdOptPermType::PERM_OFF) {
+    KAVO_TRACE_TEXT(Error, "targetPos is NULL");
+    return FctResult::InvalidParameter;
+  }
+  return guarded(FctResult::OutOfMemory, [&] {
+    SwitchOnPathParsList values({std::make_shared<SwitchOnPathPars>(SwitchOnPathPars{
+        .mode = mode,
+        .signalId = signalId,
+        .action = action,
+        .targetPos = target,
+        .radius = radius,
+        .preTriggerTime = preTriggerTime,
+    })});
+    return context->addCmdOption(source, objName, CmdOptionSwitchOnPath::getCmdId(type).name, permType, values);
+  });
 }
 
 }  // namespace motion::kavo

@@ -32,6 +32,8 @@ class MotionKavoCmd {
                                       const char* objName, unsigned int signalId, unsigned long& cmdId) noexcept;
   static core::FctResult resetSignalCmd(core::cmd::ICmdContext* context, const core::dia::CmdSourceInfo& source,
                                         const char* objName, unsigned int signalId, unsigned long& cmdId) noexcept;
+  static core::FctResult setSignalCmdOpt(core::cmd::ICmdContext* context, const core::dia::CmdSourceInfo& source,
+                                         const char* objName, unsigned int signalId) noexcept;
   static core::FctResult waitForSignalCmd(core::cmd::ICmdContext* context, const core::dia::CmdSourceInfo& source,
                                           const char* objName, unsigned int signalId, bool autoReset,
                                           unsigned long& cmdId) noexcept;
@@ -40,6 +42,12 @@ class MotionKavoCmd {
   static core::FctResult joinCmd(core::cmd::ICmdContext* context, const core::dia::CmdSourceInfo& source,
                                  const char* objName, const std::vector<std::string>& group, bool syncStartNextCmd,
                                  unsigned long& cmdId) noexcept;
+  /// OptionNotSupported when the object is no kinematics; InvalidParameter without a target, unless the option is switched
+  /// off. Each with a trace.
+  static core::FctResult kinSwitchOnPathCmdOpt(core::cmd::ICmdContext* context, const core::dia::CmdSourceInfo& source,
+                                               core::cmd::CmdOptPermType permType, const char* objName,
+                                               SwitchOnPathMode mode, unsigned int signalId, SwitchOnPathAction action,
+                                               const double* targetPos, double radius, double preTriggerTime) noexcept;
 
   static inline core::MotionCmdIfT* g_motionCmdIf = nullptr;  ///< the records written to, null while not initialised
   static inline core::MotionCmdIf2T* g_motionCmdIf2 = nullptr;

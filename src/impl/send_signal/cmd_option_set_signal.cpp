@@ -7,6 +7,7 @@
 #include "impl/send_signal/job_obj_send_signal.h"
 #include "impl/send_signal/option_set_signal_pars.h"
 #include "motion/core/cmd/cmd_groups.h"
+#include "motion/kavo/cmd_options.h"
 #include "schemas/command/cmdOptionSetSignal_generated.h"
 
 namespace motion::kavo::cmd {
@@ -20,7 +21,6 @@ namespace {
 using OptionJob = job::JobObjSendSignal<job::JobObjSendSignalUser::COMMAND_OPTION>;
 
 constexpr JobPrototype JOBS[] = {{OptionJob::JOB_NAME, &makePrototype<OptionJob>}};
-constexpr const char* NAME = "SetSignal";
 /// The only slot of run time in which the option's job may run.
 constexpr std::uint32_t SLOT = 0;
 
@@ -87,10 +87,8 @@ CmdResult CmdOptionSetSignal::onMarshall(const comm::datalayer::Variant* data, c
                                                [&table] { return CmdOptionSetSignalParsT{.signalId = table.signalId()}; });
 }
 
-const core::cmd::CmdId& CmdOptionSetSignal::getCmdId(ObjectType objectType) {
-  static const core::cmd::CmdId forAxes = {ObjectType::AXIS, NAME};
-  static const core::cmd::CmdId forKinematics = {ObjectType::KINEMATICS, NAME};
-  return objectType == ObjectType::AXIS ? forAxes : forKinematics;
+core::cmd::CmdId CmdOptionSetSignal::getCmdId(ObjectType objectType) {
+  return {objectType, OPTION_SET_SIGNAL};
 }
 
 const char* CmdOptionSetSignal::getJobName() noexcept {

@@ -25,8 +25,8 @@ class CmdOptionSetSignal : public core::cmd::GenericCmdOption {
   static core::cmd::CmdResult onMarshall(const comm::datalayer::Variant* data, core::IContainer*& container,
                                          core::cmd::CmdOptPermType& permType,
                                          core::dia::IDiagCollector& collector);  ///< [prepare]
-  /// The first call, at registration, may throw std::bad_alloc. [framework] [prepare]
-  [[nodiscard]] static const core::cmd::CmdId& getCmdId(core::ObjectType objectType);
+  /// May throw std::bad_alloc. [framework] [prepare]
+  [[nodiscard]] static core::cmd::CmdId getCmdId(core::ObjectType objectType);
   [[nodiscard]] static const char* getJobName() noexcept;  ///< [any]
 
   core::cmd::CmdResult setParameter(const core::IContainer* cmdOptValues, core::IObjFactory& jobObjFactory,

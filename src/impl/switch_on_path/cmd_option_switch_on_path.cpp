@@ -11,6 +11,7 @@
 #include "impl/switch_on_path/job_obj_switch_on_path.h"
 #include "motion/core/cmd/cmd_groups.h"
 #include "motion/core/cmd/i_cmd_opt_handler.h"
+#include "motion/kavo/cmd_options.h"
 #include "schemas/command/cmdOptionSwitchOnPath_generated.h"
 
 namespace motion::kavo::cmd {
@@ -23,7 +24,7 @@ namespace {
 
 using OptionJob = job::JobObjSwitchOnPath;
 
-constexpr const char* NAME = "SwitchOnPath";
+constexpr const char* NAME = OPTION_SWITCH_ON_PATH;
 constexpr std::size_t COORDINATES = std::tuple_size_v<decltype(SwitchOnPathPars::targetPos)>;
 
 /// The prototypes of the job; their name is that of the job object.
@@ -36,7 +37,7 @@ std::span<const JobPrototype> jobs() noexcept {
 CmdResult checkTarget(const CallSite& site, const flatbuffers::Vector<double>* target,
                       core::dia::IDiagCollector& diag) noexcept {
   if (target == nullptr) {
-    KAVO_TRACE_AT(site, Error, "%s", "cmdDataIn->targetPosition==nullptr");
+    KAVO_TRACE_IN(site, Error, "%s", "cmdDataIn->targetPosition==nullptr");
     return CmdResult::NullPointer;
   }
   if (target->size() != COORDINATES) {
@@ -44,7 +45,7 @@ CmdResult checkTarget(const CallSite& site, const flatbuffers::Vector<double>* t
     std::snprintf(text.data(), text.size(), "require %u double values for the \"targetPosition\" field, but found %u",
                   static_cast<unsigned int>(COORDINATES), target->size());
     guarded([&] { diag.add(diagnosis::MAIN_OPTION_PARAMETER, diagnosis::DETAIL_INVALID_PARAMETER, text.data()); });
-    KAVO_TRACE_AT(site, Error, "%s",
+    KAVO_TRACE_IN(site, Error, "%s",
                   "cmdDataIn->targetPosition()->size() != sizeof(::motion::kavo::SwitchOnPathPars::targetPos) / "
                   "sizeof(double)");
     return CmdResult::InvalidParameterData;
@@ -52,14 +53,16 @@ CmdResult checkTarget(const CallSite& site, const flatbuffers::Vector<double>* t
   return CmdResult::Okay;
 }
 
-/// Reports to the object why conditions could not be carried over.
+/// Reports to the object why conditions could not be carried over. What becomes of the report changes no result.
 template <typename... ARGUMENTS>
 void reportNotStacked(const CallSite& site, core::IObj& obj, const core::dia::CmdSourceInfo& source,
-                      std::uint32_t detailCode, const char* format, ARGUMENTS... arguments) {
-  core::dia::IDia& dia = obj.getDia();
-  dia.report(diagnosis::MAIN_OPTION_ERROR, detailCode, source, {site.unit, site.function, site.line}, format, NAME,
-             arguments...);
-  dia.close();
+                      std::uint32_t detailCode, const char* format, ARGUMENTS... arguments) noexcept {
+  guarded([&] {
+    core::dia::IDia& dia = obj.getDia();
+    dia.report(diagnosis::MAIN_OPTION_ERROR, detailCode, source, {site.unit, site.function, site.line}, format, NAME,
+               arguments...);
+    dia.close();
+  });
 }
 
 void appendArmed(const SwitchOnPathParsListT& active, SwitchOnPathParsListT& conditions) {
@@ -85,7 +88,7 @@ CmdResult CmdOptionSwitchOnPath::registerCmdOption(const core::IMotionExt& extIf
   core::IAmCreatable* const helper =
       guarded<core::IAmCreatable*>(nullptr, [&factories] { return factories.objects->getHelper(core::UNITHELPER_T_ID); });
   if (helper == nullptr) {
-    KAVO_TRACE_AT(site, Error, "%s", "Failed to get UNITHELPER_T_ID from objFactory");
+    KAVO_TRACE_IN(site, Error, "%s", "Failed to get UNITHELPER_T_ID from objFactory");
     return CmdResult::NullPointer;
   }
   m_unitHelper = static_cast<const core::UnitHelperT*>(helper);
@@ -170,7 +173,7 @@ CmdResult CmdOptionSwitchOnPath::prepareStackableCmdOption(core::IObj& obj, cons
   const CallSite site = KAVO_HERE;
   auto* const list = SwitchOnPathParsList::safeCast(values);
   if (list == nullptr) {
-    KAVO_TRACE_AT(site, Error, "%s", "Invalid cmdOptValues");
+    KAVO_TRACE_IN(site, Error, "%s", "Invalid cmdOptValues");
     return CmdResult::Refused;
   }
   return guarded(CmdResult::OutOfMemory, [&] {

@@ -25,7 +25,7 @@ class CmdOptionSwitchOnPath : public core::cmd::GenericCmdOption {
   static core::cmd::CmdResult onMarshall(const comm::datalayer::Variant* data, core::IContainer*& values,
                                          core::cmd::CmdOptPermType& permType,
                                          core::dia::IDiagCollector& diag);  ///< [prepare]
-  /// The first call, at registration, may throw std::bad_alloc. [framework] [prepare]
+  /// May throw std::bad_alloc. [framework] [prepare]
   [[nodiscard]] static core::cmd::CmdId getCmdId(core::ObjectType objectType);
 
   /// Converts the new condition into internal units and appends those of the active option that have not fired.

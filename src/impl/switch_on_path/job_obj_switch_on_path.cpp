@@ -17,6 +17,9 @@ using core::job::JobResult;
 
 namespace {
 
+/// Whose traces are those of every cycle, however it is computed.
+constexpr CallSite EXECUTE = KAVO_SITE.as("execute");
+
 /// Why a list of conditions is refused, null when it is not. What is wrong with mode or action does not end the search; what
 /// is wrong with a number does, and is told instead.
 const char* whatIsWrong(const SwitchOnPathParsListT& conditions) noexcept {
@@ -42,7 +45,17 @@ const char* whatIsWrong(const SwitchOnPathParsListT& conditions) noexcept {
 
 }  // namespace
 
-JobObjSwitchOnPath::JobObjSwitchOnPath() : m_rtSignals(&rt_data::RtSignals::getInstance()) {}
+FusedArithmetic availableArithmetic() noexcept {
+#ifdef __x86_64__
+  static const bool isThere = __builtin_cpu_supports("fma") != 0;
+  return isThere ? FusedArithmetic::BY_PROCESSOR : FusedArithmetic::BY_LIBRARY;
+#else
+  return FusedArithmetic::BY_LIBRARY;
+#endif
+}
+
+JobObjSwitchOnPath::JobObjSwitchOnPath(FusedArithmetic arithmetic)
+    : m_rtSignals(&rt_data::RtSignals::getInstance()), m_arithmetic(arithmetic) {}
 
 const JobObjSwitchOnPath::StaticInfo& JobObjSwitchOnPath::getStaticInfo() noexcept {
   static constexpr StaticInfo info = {"JobObjSwitchOnPath", "JobObjSwitchOnPath::registerInputs()"};
@@ -50,7 +63,7 @@ const JobObjSwitchOnPath::StaticInfo& JobObjSwitchOnPath::getStaticInfo() noexce
 }
 
 core::IAmCreatable* JobObjSwitchOnPath::createNew() const {
-  return guarded<core::IAmCreatable*>(nullptr, [] { return new JobObjSwitchOnPath; });
+  return guarded<core::IAmCreatable*>(nullptr, [this] { return new JobObjSwitchOnPath(m_arithmetic); });
 }
 
 const char* JobObjSwitchOnPath::getID() const {
@@ -65,7 +78,7 @@ JobResult JobObjSwitchOnPath::addJobsToJoblist(core::job::IJobList* list, JobLis
     return JobResult::ListTypeNotServed;
   }
   return addJob(
-      *list, [this]() __attribute__((flatten)) { return execute(); }, getID(), SectionID::EXEC_FINAL);
+      *list, [this] { return execute(); }, getID(), SectionID::EXEC_FINAL);
 }
 
 JobResult JobObjSwitchOnPath::registerInputs(core::job::IJobDataHandler* handler) {
@@ -95,13 +108,13 @@ JobResult JobObjSwitchOnPath::checkParameter(const core::IContainer* data, core:
   const CallSite site = KAVO_HERE;
   const auto* const list = SwitchOnPathParsList::safeCast(data);
   if (list == nullptr) {
-    KAVO_TRACE_AT(site, Error, "%s", "jobData is invalid or nullptr");
+    KAVO_TRACE_IN(site, Error, "%s", "jobData is invalid or nullptr");
     return JobResult::ExecutionFailed;
   }
   return guarded(JobResult::OutOfMemory, [&] {
     const SwitchOnPathParsListT conditions = list->get();
     if (conditions.empty()) {
-      KAVO_TRACE_AT(site, Error, "%s", "empty parameter container");
+      KAVO_TRACE_IN(site, Error, "%s", "empty parameter container");
       return JobResult::ExecutionFailed;
     }
     const char* const wrong = whatIsWrong(conditions);
@@ -109,11 +122,13 @@ JobResult JobObjSwitchOnPath::checkParameter(const core::IContainer* data, core:
       return JobResult::NoEffect;
     }
     if (dia == nullptr) {
-      KAVO_TRACE_AT(site, Error, "%s", wrong);
+      KAVO_TRACE_IN(site, Error, "%s", wrong);
     } else {
-      dia->report(diagnosis::MAIN_OPTION_ERROR, diagnosis::DETAIL_INVALID_CONDITION, {},
-                  {site.unit, site.function, site.line}, "%s", wrong);
-      dia->close();
+      guarded([&] {  // the list stays refused, whatever becomes of the report
+        dia->report(diagnosis::MAIN_OPTION_ERROR, diagnosis::DETAIL_INVALID_CONDITION, {},
+                    {site.unit, site.function, site.line}, "%s", wrong);
+        dia->close();
+      });
     }
     return JobResult::InvalidJobData;
   });
@@ -127,16 +142,17 @@ const core::IContainer* JobObjSwitchOnPath::getJobData() const {
   return &m_jobData;
 }
 
-JobObjSwitchOnPath::Position JobObjSwitchOnPath::testPoint(const SwitchOnPathPars& condition, const Position& pos) const {
+[[gnu::always_inline]] inline JobObjSwitchOnPath::Position JobObjSwitchOnPath::testPoint(const SwitchOnPathPars& condition,
+                                                                                         Step& step) const {
   if (condition.preTriggerTime == 0.0 || m_firstCycle) {
-    return pos;
+    return step.pos;
   }
-  const double cycles = condition.preTriggerTime / m_motionObjPtr->get()->getCycleTime();
-  Position ahead;
-  for (std::size_t i = 0; i < ahead.size(); ++i) {
-    ahead[i] = std::fma(cycles, pos[i] - m_lastPos[i], pos[i]);
+  if (step.cycleTime == 0.0) {
+    step.cycleTime = m_motionObjPtr->getRef()->getCycleTime();
   }
-  return ahead;
+  const double cycles = condition.preTriggerTime / step.cycleTime;
+  return {std::fma(cycles, step.displacement.x, step.pos.x), std::fma(cycles, step.displacement.y, step.pos.y),
+          std::fma(cycles, step.displacement.z, step.pos.z)};
 }
 
 bool JobObjSwitchOnPath::fire(SwitchOnPathPars& condition) const noexcept {
@@ -151,29 +167,48 @@ bool JobObjSwitchOnPath::fire(SwitchOnPathPars& condition) const noexcept {
   return false;
 }
 
-JobResult JobObjSwitchOnPath::execute() noexcept {
-  if (m_kinPose == nullptr || m_motionObjPtr == nullptr || m_motionObjPtr->get() == nullptr) [[unlikely]] {
+[[gnu::always_inline]] inline JobResult JobObjSwitchOnPath::walk() {
+  if (m_kinPose == nullptr || m_motionObjPtr == nullptr || m_motionObjPtr->getRef() == nullptr) [[unlikely]] {
     return JobResult::InvalidObject;
   }
   const core::KinPoseT& pose = m_kinPose->getRef();
-  const Position pos = {pose.x, pose.y, pose.z};
+  Step step{.pos = {pose.x, pose.y, pose.z},
+            .displacement = {pose.x - m_lastPos.x, pose.y - m_lastPos.y, pose.z - m_lastPos.z}};
   for (const auto& condition : m_jobData.getRef()) {
     if (condition->isReached()) {
       continue;
     }
-    const Position p = testPoint(*condition, pos);
-    const double dx = condition->targetPos[0] - p[0];
-    const double dy = condition->targetPos[1] - p[1];
-    const double dz = condition->targetPos[2] - p[2];
+    const Position p = testPoint(*condition, step);
+    const double dx = condition->targetPos[0] - p.x;
+    const double dy = condition->targetPos[1] - p.y;
+    const double dz = condition->targetPos[2] - p.z;
     const double distance = std::sqrt((dx * dx + dy * dy) + dz * dz);
-    if (condition->radius >= distance && !fire(*condition)) {
-      KAVO_TRACE_TEXT(Error, "signal action failed");
+    if (condition->radius >= distance && !fire(*condition)) [[unlikely]] {
+      KAVO_TRACE_IN(EXECUTE, Error, "%s", "signal action failed");
       return JobResult::ExecutionFailed;
     }
   }
-  m_lastPos = pos;
+  m_lastPos = step.pos;
   m_firstCycle = false;
   return JobResult::NoEffect;
+}
+
+JobResult JobObjSwitchOnPath::executeByLibrary() {
+  return walk();
+}
+
+#ifdef __x86_64__
+[[gnu::target("fma")]]
+#endif
+JobResult
+JobObjSwitchOnPath::executeByProcessor() {
+  return walk();
+}
+
+JobResult JobObjSwitchOnPath::execute() noexcept {
+  return guarded(JobResult::ExecutionFailed, [this] {
+    return m_arithmetic == FusedArithmetic::BY_PROCESSOR ? executeByProcessor() : executeByLibrary();
+  });
 }
 
 }  // namespace motion::kavo::job

@@ -12,9 +12,14 @@
 
 namespace motion::kavo::job {
 
+/// How a fused multiply-add is computed. Both give the same bits.
+enum class FusedArithmetic { BY_LIBRARY, BY_PROCESSOR };
+/// What this processor has. [any]
+[[nodiscard]] FusedArithmetic availableArithmetic() noexcept;
+
 class JobObjSwitchOnPath : public core::job::JobObjectBase {
  public:
-  JobObjSwitchOnPath();
+  explicit JobObjSwitchOnPath(FusedArithmetic arithmetic = availableArithmetic());
 
   [[nodiscard]] core::IAmCreatable* createNew() const override;
   [[nodiscard]] const char* getID() const override;
@@ -37,16 +42,33 @@ class JobObjSwitchOnPath : public core::job::JobObjectBase {
   [[nodiscard]] static const StaticInfo& getStaticInfo() noexcept;  ///< [any]
 
  private:
-  using Position = std::array<double, 3>;
+  /// Three numbers rather than an array: they stay in registers.
+  struct Position {
+    double x = 0.0;
+    double y = 0.0;
+    double z = 0.0;
+  };
+  /// What looking ahead needs to know of this cycle.
+  struct Step {
+    Position pos;
+    Position displacement;   ///< since the cycle before
+    double cycleTime = 0.0;  ///< [s], asked for when the first condition needs it
+  };
 
+  /// One look at all conditions, compiled once for any processor and once for those that multiply and add in one operation,
+  /// where a call into the library for each coordinate would cost more than all the rest.
+  core::job::JobResult executeByLibrary();
+  core::job::JobResult executeByProcessor();
+  core::job::JobResult walk();
   /// Where the path is looked at for a condition: here, or linearly ahead of here.
-  [[nodiscard]] Position testPoint(const SwitchOnPathPars& condition, const Position& pos) const;
+  [[nodiscard]] Position testPoint(const SwitchOnPathPars& condition, Step& step) const;
   [[nodiscard]] bool fire(SwitchOnPathPars& condition) const noexcept;
 
   SwitchOnPathParsList m_jobData;
   core::KinPose* m_kinPose = nullptr;
   core::IObjPtr* m_motionObjPtr = nullptr;
   rt_data::RtSignals* m_rtSignals;
+  FusedArithmetic m_arithmetic;
   bool m_firstCycle = true;
   Position m_lastPos{};  ///< of the cycle before
 };

@@ -17,7 +17,7 @@
 namespace motion::kavo::cmd {
 
 struct CommandCase {
-  ExpectedCommand expected;
+  ExpectedRegistration expected;
   std::string unit;     ///< base name of its source file
   std::string marshal;  ///< name of its marshalling function
 
@@ -57,7 +57,7 @@ core::cmd::CmdResult createAny(core::IObjFactory& factory, bool buffered, std::u
 template <core::ObjectType OBJECT_TYPE, SignalAction ACTION>
 CommandCase sendSignalCase(std::size_t row) {
   using Command = CmdSendSignal<OBJECT_TYPE, ACTION>;
-  return {EXPECTED_COMMANDS[row],
+  return {EXPECTED_ROWS[row].front(),
           "cmd_send_signal",
           "onMarshal",
           &Command::registerCmd,
@@ -79,7 +79,7 @@ CommandCase sendSignalCase(std::size_t row) {
 template <typename COMMAND, core::ObjectType OBJECT_TYPE>
 CommandCase waitCase(std::size_t row, const std::string& unit, const std::string& record) {
   const std::string missing = "extIf.getObjFactory() or extIf.getGenericCmdOptionFactory() failed";
-  return {EXPECTED_COMMANDS[row],
+  return {EXPECTED_ROWS[row].front(),
           unit,
           "onMarshall",
           &COMMAND::registerCmd,

@@ -107,7 +107,11 @@ class MotionKavoCmpTest : public ImplTest {
 
   [[nodiscard]] bool hasCommands() const {
     const bool isPublished = m_host.cmdIf.setSignalCmd != nullptr && m_host.cmdGeneral.setSignalCmd != nullptr;
-    EXPECT_EQ(isPublished, m_host.cmdFactory.m_commands.size() == EXPECTED_COMMANDS.size());
+    EXPECT_EQ(isPublished, m_host.cmdGeneral.setSignalCmdOpt != nullptr);
+    EXPECT_EQ(isPublished, m_host.cmdKin.kinSwitchOnPathCmdOpt != nullptr);
+    EXPECT_EQ(isPublished, m_host.cmdFactory.m_commands.size() == countOf({RegisteredAs::COMMAND}));
+    EXPECT_EQ(isPublished,
+              m_host.cmdOptionFactory.m_options.size() == countOf({RegisteredAs::OPTION, RegisteredAs::OPTION_WITH_SLOTS}));
     EXPECT_EQ(isPublished, !m_host.dataLayer.m_memories.empty());
     return isPublished;
   }
@@ -122,6 +126,7 @@ class MotionKavoCmpTest : public ImplTest {
     EXPECT_EQ(m_host.m_extensionsAlive, 0);
     EXPECT_EQ(m_host.cmdIf.resetSignalCmd, nullptr);
     EXPECT_EQ(m_host.cmdIf.waitForSignalCmd, nullptr);
+    EXPECT_EQ(m_host.cmdIf.setSignalCmdOpt, nullptr);
     EXPECT_EQ(m_host.cmdGeneral.resetSignalCmd, nullptr);
     EXPECT_EQ(m_host.cmdGeneral.waitForSignalCmd, nullptr);
     EXPECT_EQ(m_host.cmdGeneral.waitForSignalResetCmd, nullptr);

@@ -73,25 +73,54 @@ class MotionKavoCmdTest : public ImplTest {
     expectNothingPublished();
     EXPECT_THAT(m_host.objFactory.m_prototypes, IsEmpty());
     EXPECT_THAT(m_host.cmdFactory.m_commands, IsEmpty());
+    EXPECT_THAT(m_host.cmdOptionFactory.m_options, IsEmpty());
     EXPECT_THAT(m_host.dataLayer.m_memories, IsEmpty());
   }
 
+  [[nodiscard]] static std::string registerCall(RegisteredAs as) {
+    return as == RegisteredAs::COMMAND  ? "cmdFactory.registerCmd"
+           : as == RegisteredAs::OPTION ? "optionFactory.registerCmdOption"
+                                        : "optionFactory.registerCmdOptionWithSlots";
+  }
+  [[nodiscard]] static std::string unregisterCall(RegisteredAs as) {
+    return as == RegisteredAs::COMMAND ? "cmdFactory.unregisterCmd" : "optionFactory.unregisterCmdOption";
+  }
   /// The calls into the factories that a walk over all rows makes.
-  [[nodiscard]] static std::vector<std::string> walk(const std::string& objOperation, const std::string& cmdOperation) {
+  [[nodiscard]] static std::vector<std::string> walk(const std::string& objOperation, std::string (*call)(RegisteredAs as)) {
     std::vector<std::string> calls;
-    for (const auto& command : EXPECTED_COMMANDS) {
-      calls.push_back(fmt::format("objFactory.{}({}, 0)", objOperation, command.job));
-      calls.push_back(fmt::format("cmdFactory.{}({})", cmdOperation, test::toText(command.id)));
+    for (const auto& row : EXPECTED_ROWS) {
+      calls.push_back(fmt::format("objFactory.{}({}, 0)", objOperation, row.front().job));
+      for (const auto& registration : row) {
+        calls.push_back(fmt::format("{}({})", call(registration.as), test::toText(registration.id)));
+      }
     }
     return calls;
   }
   [[nodiscard]] static std::vector<std::string> perRow(const std::string& before, const std::string& after,
-                                                       std::size_t rows = EXPECTED_COMMANDS.size()) {
+                                                       std::size_t rows = EXPECTED_ROWS.size()) {
     std::vector<std::string> texts;
     for (std::size_t row = 0; row < rows; ++row) {
-      texts.push_back(before + EXPECTED_COMMANDS[row].id.name + after);
+      texts.push_back(before + nameOf(EXPECTED_ROWS[row]) + after);
     }
     return texts;
+  }
+  /// Exactly the first rows, and of the next one so many registrations, are known to the host.
+  void expectRegistered(std::size_t rows, std::size_t ofNext = 0) const {
+    std::size_t commands = 0;
+    std::size_t options = 0;
+    for (std::size_t row = 0; row < EXPECTED_ROWS.size(); ++row) {
+      const std::size_t count = row < rows ? EXPECTED_ROWS[row].size() : row == rows ? ofNext : 0;
+      for (std::size_t i = 0; i < count; ++i) {
+        const auto& registration = EXPECTED_ROWS[row][i];
+        const bool isCommand = registration.as == RegisteredAs::COMMAND;
+        ++(isCommand ? commands : options);
+        EXPECT_TRUE(isCommand ? m_host.cmdFactory.m_commands.contains(registration.id)
+                              : m_host.cmdOptionFactory.m_options.contains(registration.id))
+            << test::toText(registration.id);
+      }
+    }
+    EXPECT_EQ(m_host.cmdFactory.m_commands.size(), commands);
+    EXPECT_EQ(m_host.cmdOptionFactory.m_options.size(), options);
   }
 };
 
@@ -115,26 +144,41 @@ TEST_F(MotionKavoCmdTest, BringsUpMemoriesThenDataTypesThenCommandsInOrder) {
   ASSERT_FALSE(calls.empty());
   EXPECT_EQ(calls.front(), "dataLayer.createProvider(inproc:///tmp/datalayer/backend)");
   std::vector<std::string> expected = {"provider.start()", "ext.getJobDataIDMgr()"};
-  for (const auto& name : EXPECTED_DATA_TYPES) {
-    expected.push_back("idMgr.addID(" + name + ")");
+  for (const auto& type : EXPECTED_DATA_TYPES) {
+    expected.push_back("idMgr.addID(" + type.name + ")");
   }
-  const auto commands = walk("registerObj", "registerCmd");
+  auto commands = walk("registerObj", &registerCall);
+  commands.insert(commands.end() - 2, "objFactory.getHelper(motion::core::UnitHelperT)");
   expected.insert(expected.end(), commands.begin(), commands.end());
-  EXPECT_EQ(m_host.calls.of({"provider.start", "ext.getJobDataIDMgr", "idMgr.", "objFactory.", "cmdFactory."}), expected);
+  EXPECT_EQ(
+      m_host.calls.of({"provider.start", "ext.getJobDataIDMgr", "idMgr.", "objFactory.", "cmdFactory.", "optionFactory."}),
+      expected);
   EXPECT_EQ(traces(), perRow("Info motion_kavo_cmd initialize: Registration of ", " succeeded"));
   EXPECT_EQ(m_host.traceSink.entries()[0].format, "Registration of %s succeeded");
 }
 
-TEST_F(MotionKavoCmdTest, RegistersEveryCommandWithItsDescription) {
+/// What a command and an option are registered with alike.
+template <typename REGISTERED>
+void expectDescription(const REGISTERED& registered, const ExpectedRegistration& expected) {
+  EXPECT_EQ(registered.schemaPath, SCHEMA_DIR + expected.schemaFile);
+  EXPECT_EQ(registered.description, expected.description);
+  EXPECT_EQ(registered.groups, expected.groups);
+}
+
+TEST_F(MotionKavoCmdTest, RegistersEveryCommandAndOptionWithItsDescription) {
   ASSERT_TRUE(initialize());
-  EXPECT_EQ(m_host.cmdFactory.m_commands.size(), EXPECTED_COMMANDS.size());
-  for (const auto& command : EXPECTED_COMMANDS) {
-    ASSERT_TRUE(m_host.cmdFactory.m_commands.contains(command.id)) << test::toText(command.id);
-    const auto& registered = m_host.cmdFactory.m_commands.at(command.id);
-    EXPECT_EQ(registered.schemaPath, SCHEMA_DIR + command.schemaFile);
-    EXPECT_EQ(registered.description, command.description);
-    EXPECT_EQ(registered.groups, command.groups);
-    EXPECT_TRUE(m_host.objFactory.m_prototypes.contains(command.job));
+  expectRegistered(EXPECTED_ROWS.size());
+  for (const auto& row : EXPECTED_ROWS) {
+    for (const auto& registration : row) {
+      if (registration.as == RegisteredAs::COMMAND) {
+        expectDescription(m_host.cmdFactory.m_commands.at(registration.id), registration);
+      } else {
+        const auto& registered = m_host.cmdOptionFactory.m_options.at(registration.id);
+        expectDescription(registered, registration);
+        EXPECT_EQ(registered.slots.has_value(), registration.as == RegisteredAs::OPTION_WITH_SLOTS);
+      }
+      EXPECT_TRUE(m_host.objFactory.m_prototypes.contains(registration.job));
+    }
   }
 }
 
@@ -142,6 +186,9 @@ TEST_F(MotionKavoCmdTest, PublishesItsFunctionsInBothRecords) {
   ASSERT_TRUE(initialize());
   EXPECT_EQ(m_host.cmdIf.resetSignalCmd, &sut::resetSignalCmd);
   EXPECT_EQ(m_host.cmdIf.setSignalCmd, &sut::setSignalCmd);
+  EXPECT_EQ(m_host.cmdIf.setSignalCmdOpt, &sut::setSignalCmdOpt);
+  EXPECT_EQ(m_host.cmdGeneral.setSignalCmdOpt, &sut::setSignalCmdOpt);
+  EXPECT_EQ(m_host.cmdKin.kinSwitchOnPathCmdOpt, &sut::kinSwitchOnPathCmdOpt);
   EXPECT_EQ(m_host.cmdIf.waitForSignalCmd, &sut::waitForSignalCmd);
   EXPECT_EQ(m_host.cmdIf.joinCmd, &sut::joinCmd);
   EXPECT_EQ(m_host.cmdGeneral.joinCmd, &sut::joinCmd);
@@ -158,7 +205,7 @@ TEST_F(MotionKavoCmdTest, TakesEverythingBackInTheSameOrder) {
   ASSERT_TRUE(initialize());
   forget();
   sut::terminate(&m_host.ext);
-  EXPECT_EQ(m_host.calls.of({"objFactory.", "cmdFactory."}), walk("unregisterObj", "unregisterCmd"));
+  EXPECT_EQ(m_host.calls.of({"objFactory.", "cmdFactory.", "optionFactory."}), walk("unregisterObj", &unregisterCall));
   EXPECT_EQ(m_host.calls.all().back(), "provider.destroyed()") << "the real-time signals go last";
   EXPECT_EQ(traces(), perRow("Info motion_kavo_cmd terminate: Unregistration of ", " succeeded"));
   EXPECT_EQ(m_host.traceSink.entries()[0].format, "Unregistration of %s succeeded");
@@ -176,7 +223,7 @@ TEST_F(MotionKavoCmdTest, TakesItsFunctionsBackBetweenTheCommandsAndTheMemories)
   });
   const auto deleting = m_host.calls.onCall("dataLayer.deleteMemorySync", [this] { expectNothingPublished(); });
   sut::terminate(&m_host.ext);
-  EXPECT_EQ(m_host.calls.count("cmdFactory.unregisterCmd"), static_cast<int>(EXPECTED_COMMANDS.size()));
+  EXPECT_EQ(m_host.calls.count("cmdFactory.unregisterCmd"), static_cast<int>(countOf({RegisteredAs::COMMAND})));
   EXPECT_EQ(m_host.calls.count("dataLayer.deleteMemorySync"), 2);
 }
 
@@ -219,24 +266,29 @@ TEST_F(MotionKavoCmdTest, GoesOnSilentlyWhereUnregisteringFails) {
   forget();
   m_host.calls.fail("cmdFactory.unregisterCmd", 0xF0110021, 3);
   m_host.calls.fail("cmdFactory.unregisterCmd", 0xF0110021, 4);
+  m_host.calls.fail("optionFactory.unregisterCmdOption", 0xF0110021, 1);  // the result for axes does not count
+  m_host.calls.fail("optionFactory.unregisterCmdOption", 0xF0110021, 3);
   sut::terminate(&m_host.ext);
-  EXPECT_EQ(m_host.calls.of({"objFactory.", "cmdFactory."}), walk("unregisterObj", "unregisterCmd"));
+  EXPECT_EQ(m_host.calls.of({"objFactory.", "cmdFactory.", "optionFactory."}), walk("unregisterObj", &unregisterCall));
   auto expected = perRow("Info motion_kavo_cmd terminate: Unregistration of ", " succeeded");
+  expected.pop_back();
   expected.erase(expected.begin() + 2, expected.begin() + 4);
   EXPECT_EQ(traces(), expected);
   EXPECT_EQ(m_host.cmdFactory.m_commands.size(), 2U) << "those that the host did not let go";
+  EXPECT_EQ(m_host.cmdOptionFactory.m_options.size(), 2U);
   m_host.cmdFactory.m_commands.clear();
+  m_host.cmdOptionFactory.m_options.clear();
 }
 
 TEST_F(MotionKavoCmdTest, KeepsTheCommandsWithoutAnExtensionInterface) {
   ASSERT_TRUE(initialize());
   forget();
   sut::terminate(nullptr);
-  EXPECT_THAT(m_host.calls.of({"ext.", "objFactory.", "cmdFactory."}), IsEmpty());
+  EXPECT_THAT(m_host.calls.of({"ext.", "objFactory.", "cmdFactory.", "optionFactory."}), IsEmpty());
   EXPECT_THAT(traces(), IsEmpty());
   expectNothingPublished();
   EXPECT_THAT(m_host.dataLayer.m_memories, IsEmpty());
-  EXPECT_EQ(m_host.cmdFactory.m_commands.size(), EXPECTED_COMMANDS.size());
+  expectRegistered(EXPECTED_ROWS.size());
 }
 
 TEST_F(MotionKavoCmdTest, IsHarmlessToTerminateBeforeItIsInitialised) {
@@ -254,7 +306,7 @@ TEST_F(MotionKavoCmdTest, FailsWithoutTheRealTimeSignals) {
                                     "Error rt_signals terminate: Stopping provider failed with: DL_FAILED",
                                     "Error motion_kavo_cmd initialize: RtSignals::initialize() failed"));
   EXPECT_EQ(m_host.traceSink.entries()[2].format, "%s");
-  EXPECT_THAT(m_host.calls.of({"ext.", "idMgr.", "objFactory.", "cmdFactory."}), IsEmpty());
+  EXPECT_THAT(m_host.calls.of({"ext.", "idMgr.", "objFactory.", "cmdFactory.", "optionFactory."}), IsEmpty());
   expectNothingPublished();
 }
 
@@ -264,7 +316,7 @@ TEST_F(MotionKavoCmdTest, FailsWithoutTheJobDataIdManager) {
   EXPECT_THAT(traces(),
               ElementsAre("Error motion_kavo_cmd initialize: Failed to retrieve the jobDataIdMgr from motionExtIf"));
   EXPECT_EQ(m_host.traceSink.entries()[0].format, "%s");
-  EXPECT_THAT(m_host.calls.of({"objFactory.", "cmdFactory."}), IsEmpty());
+  EXPECT_THAT(m_host.calls.of({"objFactory.", "cmdFactory.", "optionFactory."}), IsEmpty());
   expectNothingPublished();
   EXPECT_EQ(m_host.dataLayer.m_memories.size(), 2U) << "the real-time signals are left to the caller";
   sut::terminate(&m_host.ext);
@@ -281,26 +333,30 @@ TEST_F(MotionKavoCmdTest, GoesOnWhenADataTypeIsKnown) {
     }
   }
   std::vector<std::string> expected;
-  for (const auto& name : EXPECTED_DATA_TYPES) {
-    expected.push_back(name + " was already registered");
+  for (const auto& type : EXPECTED_DATA_TYPES) {
+    expected.push_back(type.shortName + " was already registered");
   }
   EXPECT_EQ(warnings, expected);
 }
 
-class MotionKavoCmdRowTest : public MotionKavoCmdTest, public testing::WithParamInterface<std::size_t> {};
+class MotionKavoCmdRowTest : public MotionKavoCmdTest, public testing::WithParamInterface<std::size_t> {
+ protected:
+  /// From now on the host refuses the first registration of the row, or one of those after it.
+  void refuse(std::size_t row, std::size_t registration = 0) {
+    const auto as = EXPECTED_ROWS[row][registration].as;
+    m_host.calls.fail(registerCall(as), REFUSAL, static_cast<int>(countOf({as}, row) + registration) + 1);
+  }
+};
 
 TEST_P(MotionKavoCmdRowTest, FailsAtARowAndKeepsThoseBefore) {
   const auto row = GetParam();
-  m_host.calls.fail("cmdFactory.registerCmd", REFUSAL, static_cast<int>(row) + 1);
+  refuse(row);
   EXPECT_FALSE(initialize());
   auto expected = perRow("Info motion_kavo_cmd initialize: Registration of ", " succeeded", row);
-  expected.push_back("Error motion_kavo_cmd initialize: Registration of " + EXPECTED_COMMANDS[row].id.name + " failed");
+  expected.push_back("Error motion_kavo_cmd initialize: Registration of " + nameOf(EXPECTED_ROWS[row]) + " failed");
   EXPECT_EQ(traces(), expected);
   EXPECT_EQ(m_host.traceSink.entries().back().format, "Registration of %s failed");
-  EXPECT_EQ(m_host.cmdFactory.m_commands.size(), row);
-  for (std::size_t before = 0; before < row; ++before) {
-    EXPECT_TRUE(m_host.cmdFactory.m_commands.contains(EXPECTED_COMMANDS[before].id));
-  }
+  expectRegistered(row);
   EXPECT_THAT(m_host.dataLayer.m_memories, IsEmpty()) << "the real-time signals are taken back at once";
   expectNothingPublished();
 
@@ -314,22 +370,29 @@ TEST_P(MotionKavoCmdRowTest, FailsAtTheJobOfARow) {
   m_host.calls.fail("objFactory.registerObj", 0xF0150002, static_cast<int>(GetParam()) + 1);
   EXPECT_FALSE(initialize());
   auto expected = perRow("Info motion_kavo_cmd initialize: Registration of ", " succeeded", GetParam());
-  expected.push_back("Error motion_kavo_cmd initialize: Registration of " + EXPECTED_COMMANDS[GetParam()].id.name +
-                     " failed");
+  expected.push_back("Error motion_kavo_cmd initialize: Registration of " + nameOf(EXPECTED_ROWS[GetParam()]) + " failed");
   auto texts = traces();
   ASSERT_EQ(texts.size(), expected.size() + 1);
   EXPECT_THAT(texts[GetParam()], HasSubstr("registerObj")) << "the command says why, in its own words";
   texts.erase(texts.begin() + static_cast<std::ptrdiff_t>(GetParam()));
   EXPECT_EQ(texts, expected);
-  EXPECT_EQ(m_host.cmdFactory.m_commands.size(), GetParam());
+  expectRegistered(GetParam());
 }
 
-INSTANTIATE_TEST_SUITE_P(All, MotionKavoCmdRowTest, testing::Range<std::size_t>(0, EXPECTED_COMMANDS.size()));
+TEST_F(MotionKavoCmdRowTest, KeepsTheOptionForAxesWhenThatForKinematicsIsRefused) {
+  constexpr std::size_t SET_SIGNAL_OPTION = 8;
+  refuse(SET_SIGNAL_OPTION, 1);
+  EXPECT_FALSE(initialize());
+  EXPECT_EQ(traces().back(), "Error motion_kavo_cmd initialize: Registration of SetSignal failed");
+  expectRegistered(SET_SIGNAL_OPTION, 1);
+}
+
+INSTANTIATE_TEST_SUITE_P(All, MotionKavoCmdRowTest, testing::Range<std::size_t>(0, EXPECTED_ROWS.size()));
 
 TEST_F(MotionKavoCmdTest, LeavesNothingAfterTwoLives) {
   for (int life = 0; life < 2; ++life) {
     EXPECT_TRUE(initialize());
-    EXPECT_EQ(m_host.cmdFactory.m_commands.size(), EXPECTED_COMMANDS.size());
+    expectRegistered(EXPECTED_ROWS.size());
     sut::terminate(&m_host.ext);
     expectNothingLeft();
     m_host.jobDataIDMgr.m_names.clear();
@@ -351,7 +414,8 @@ TEST_F(MotionKavoCmdTest, LeavesNothingAfterAFailureToAllocate) {
 }
 
 TEST_F(MotionKavoCmdTest, LeavesNothingAfterAnExceptionOfTheHost) {
-  for (const char* operation : {"ext.getJobDataIDMgr", "objFactory.registerObj", "cmdFactory.registerCmd"}) {
+  for (const char* operation : {"ext.getJobDataIDMgr", "objFactory.registerObj", "cmdFactory.registerCmd",
+                                "optionFactory.registerCmdOption", "optionFactory.registerCmdOptionWithSlots"}) {
     m_host.calls.fail(operation, test::FakeCalls::THROW, 1);
     EXPECT_FALSE(initialize()) << operation;
     m_host.calls.failNothing();

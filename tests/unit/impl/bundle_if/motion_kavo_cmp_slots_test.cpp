@@ -58,12 +58,12 @@ TEST_F(MotionKavoCmpSlotsTest, HasPathAndNameThen) {
   callWith(22, "name by slot");
   EXPECT_EQ(status(3), 0);
   EXPECT_EQ(m_host.m_version.componentName, "name by slot");
-  EXPECT_EQ(m_host.cmdFactory.m_commands.at(EXPECTED_COMMANDS[0].id).schemaPath, "/by slot/bfbs/cmdWaitForSignal.bfbs");
+  EXPECT_EQ(m_host.cmdFactory.m_commands.at(EXPECTED_ROWS[0][0].id).schemaPath, "/by slot/bfbs/cmdWaitForSignal.bfbs");
   EXPECT_EQ(status(4), 0);
   call(21);
   EXPECT_EQ(status(3), 0);
   EXPECT_EQ(m_host.m_version.componentName, "name by slot");
-  EXPECT_EQ(m_host.cmdFactory.m_commands.at(EXPECTED_COMMANDS[0].id).schemaPath, "/bfbs/cmdWaitForSignal.bfbs");
+  EXPECT_EQ(m_host.cmdFactory.m_commands.at(EXPECTED_ROWS[0][0].id).schemaPath, "/bfbs/cmdWaitForSignal.bfbs");
   EXPECT_EQ(status(4), 0);
   call(23);
   EXPECT_EQ(status(3), 0);

@@ -88,8 +88,8 @@ TEST_P(SchemaDirTest, AppendsTheSchemaDirectoryToThePath) {
   setServices();
   m_sut->setBundlePath(GetParam().first.c_str());
   ASSERT_EQ(m_sut->start(), 0);
-  EXPECT_EQ(m_host.cmdFactory.m_commands.at(EXPECTED_COMMANDS[0].id).schemaPath,
-            GetParam().second + EXPECTED_COMMANDS[0].schemaFile);
+  EXPECT_EQ(m_host.cmdFactory.m_commands.at(EXPECTED_ROWS[0][0].id).schemaPath,
+            GetParam().second + EXPECTED_ROWS[0][0].schemaFile);
 }
 
 INSTANTIATE_TEST_SUITE_P(All, SchemaDirTest,
@@ -106,7 +106,7 @@ TEST_F(MotionKavoCmpTest, KeepsItsPathAndNameWhenGivenNone) {
   EXPECT_EQ(m_host.traceSink.entries()[0].format, "%s");
   ASSERT_EQ(sut.start(), 0);
   EXPECT_EQ(m_host.m_version.componentName, "a name");
-  EXPECT_EQ(m_host.cmdFactory.m_commands.at(EXPECTED_COMMANDS[0].id).schemaPath, "/a bundle/bfbs/cmdWaitForSignal.bfbs");
+  EXPECT_EQ(m_host.cmdFactory.m_commands.at(EXPECTED_ROWS[0][0].id).schemaPath, "/a bundle/bfbs/cmdWaitForSignal.bfbs");
 }
 
 TEST_F(MotionKavoCmpTest, ForgetsItsPathAndName) {
@@ -117,7 +117,7 @@ TEST_F(MotionKavoCmpTest, ForgetsItsPathAndName) {
   EXPECT_THAT(traces(), IsEmpty());
   ASSERT_EQ(sut.start(), 0);
   EXPECT_EQ(m_host.m_version.componentName, "");
-  EXPECT_EQ(m_host.cmdFactory.m_commands.at(EXPECTED_COMMANDS[0].id).schemaPath, "/bfbs/cmdWaitForSignal.bfbs");
+  EXPECT_EQ(m_host.cmdFactory.m_commands.at(EXPECTED_ROWS[0][0].id).schemaPath, "/bfbs/cmdWaitForSignal.bfbs");
 }
 
 TEST_F(MotionKavoCmpTest, KeepsItsPathAndNameWithoutMemoryForOthers) {
@@ -130,7 +130,7 @@ TEST_F(MotionKavoCmpTest, KeepsItsPathAndNameWithoutMemoryForOthers) {
                                     error("setBundleName", "no memory for '" + name + "'")));
   ASSERT_EQ(m_sut->start(), 0);
   EXPECT_EQ(m_host.m_version.componentName, "a name");
-  EXPECT_EQ(m_host.cmdFactory.m_commands.at(EXPECTED_COMMANDS[0].id).schemaPath, "/a bundle/bfbs/cmdWaitForSignal.bfbs");
+  EXPECT_EQ(m_host.cmdFactory.m_commands.at(EXPECTED_ROWS[0][0].id).schemaPath, "/a bundle/bfbs/cmdWaitForSignal.bfbs");
 }
 
 TEST_F(MotionKavoCmpTest, TakesItsPathAndNameSilently) {
@@ -307,7 +307,7 @@ TEST_F(MotionKavoCmpTest, LeavesNothingAfterAStartThatRunsOutOfMemory) {
         if (own.size() > 2 && own[2] == error("bundleStart", "MotionKavoSys::initialize() failed")) {
           ++systemFailures;
           EXPECT_THAT(own, ElementsAre(testing::_, testing::_, testing::_, CLEAN_UP, FAILED));
-          EXPECT_EQ(m_host.calls.count("objFactory.unregisterObj"), 2 * static_cast<int>(EXPECTED_COMMANDS.size()))
+          EXPECT_EQ(m_host.calls.count("objFactory.unregisterObj"), 2 * static_cast<int>(EXPECTED_ROWS.size()))
               << "once for the system functions, once in the clean-up";
         }
         m_sut->stop();
