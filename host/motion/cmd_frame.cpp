@@ -25,12 +25,19 @@ CmdFrame::CmdFrame(std::uint64_t id, MotionObject& object, std::string name, cor
       m_cmdPtr(this),
       m_data(&objectData) {}
 
-CmdResult CmdFrame::build(core::IObjFactory& factory, std::string& problem) {
+CmdResult CmdFrame::build(core::IObjFactory& factory, std::vector<OptionJob> optionJobs, std::string& problem) {
   if (const auto result = publishCommand(problem); core::isFailure(result)) {
     return result;
   }
   for (const std::string& jobName : m_cmd->getJobNames()) {
-    if (const auto result = addJobObject(factory, jobName, problem); core::isFailure(result)) {
+    if (const auto result = createJobObject(factory, jobName, problem); core::isFailure(result)) {
+      return result;
+    }
+  }
+  for (OptionJob& optionJob : optionJobs) {
+    m_options.push_back({optionJob.option, optionJob.job.get()});
+    if (const auto result = addJobObject(std::move(optionJob.job), problem); core::isFailure(result)) {
+      problem = fmt::format("option '{}': {}", m_options.back().option->name(), problem);
       return result;
     }
   }
@@ -49,7 +56,7 @@ CmdResult CmdFrame::publishCommand(std::string& problem) {
   return result;
 }
 
-CmdResult CmdFrame::addJobObject(core::IObjFactory& factory, const std::string& name, std::string& problem) {
+CmdResult CmdFrame::createJobObject(core::IObjFactory& factory, const std::string& name, std::string& problem) {
   core::job::IJobObject* made = nullptr;
   const auto created = factory.createObj(name.c_str(), 0, made);
   std::unique_ptr<core::job::IJobObject> job(made);
@@ -57,6 +64,11 @@ CmdResult CmdFrame::addJobObject(core::IObjFactory& factory, const std::string& 
     problem = fmt::format("job object '{}' could not be created: 0x{:08X}", name, core::toCode(created));
     return CmdResult::JobCreationFailed;
   }
+  return addJobObject(std::move(job), problem);
+}
+
+CmdResult CmdFrame::addJobObject(std::unique_ptr<core::job::IJobObject> job, std::string& problem) {
+  const char* const name = job->getID();
   JobResult registered = job->registerOutputs(&m_data);
   if (!core::isFailure(registered)) {
     registered = job->registerInputs(&m_data);

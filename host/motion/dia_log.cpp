@@ -1,5 +1,7 @@
 #include "host/motion/dia_log.h"
 
+#include <fmt/format.h>
+
 #include <array>
 #include <cstdarg>
 #include <cstdio>
@@ -56,6 +58,15 @@ std::uint64_t DiaLog::count() const {
 std::string DiaLog::latestText() const {
   const std::scoped_lock lock(m_mutex);
   return m_entries.empty() ? std::string() : m_entries.back().text;
+}
+
+std::string DiaLog::latestWithCodes() const {
+  const std::scoped_lock lock(m_mutex);
+  if (m_entries.empty()) {
+    return {};
+  }
+  const Diagnosis& latest = m_entries.back();
+  return fmt::format("{} (0x{:08X}, 0x{:08X})", latest.text, latest.mainCode, latest.detailCode);
 }
 
 }  // namespace motion::host

@@ -37,6 +37,8 @@ class DiaLog : public core::dia::IDia {
   [[nodiscard]] std::uint64_t count() const;
   /// Text of the newest one; empty when there is none.
   [[nodiscard]] std::string latestText() const;
+  /// The same with both codes, "too fast (0x090F1000, 0x0C561000)".
+  [[nodiscard]] std::string latestWithCodes() const;
 
  private:
   mutable std::mutex m_mutex;

@@ -4,7 +4,6 @@
 #include <new>
 
 #include "host/motion/section_mgr.h"
-#include "host/motion/unit_helper.h"
 
 namespace motion::host {
 
@@ -27,20 +26,25 @@ EventKind endEvent(CmdState state) {
 }  // namespace
 
 MotionObject::MotionObject(ObjectConfig config, RetiredCmds& retired)
-    : m_moves(config.type == core::ObjectType::AXIS),
+    : m_moving(config.type == core::ObjectType::AXIS ? Moving::AXIS : Moving::NOTHING),
       m_prepared(config.bufferSize + std::size_t{1}),
       m_position(config.start[0]),
       m_setpoint(AxisSetpointT{config.start[0], 0.0}),
       m_retired(retired),
       m_config(std::move(config)),
-      m_units(UnitHelper::defaultSettings()),
       m_objPtr(this),
       m_pose(core::KinPoseT{m_config.start[0], m_config.start[1], m_config.start[2], 0.0, 0.0, 0.0}),
-      m_cmdStates(m_config.bufferSize) {
+      m_kinSetpoint(KinSetpointT{m_config.start, 0.0}),
+      m_positionY(isAxis() ? 0.0 : m_config.start[1]),
+      m_positionZ(isAxis() ? 0.0 : m_config.start[2]),
+      m_cmdStates(m_config.bufferSize),
+      // Those that wait, the current one, and the one that is being issued.
+      m_plan(m_config.start, isAxis() ? 0 : m_config.bufferSize + std::size_t{2}) {
   publish(SectionMgr::OBJ_DATA, m_objPtr);
   if (isAxis()) {
     publish(SectionMgr::OBJ_DATA, m_setpoint);
   } else {
+    publish(SectionMgr::OBJ_DATA, m_kinSetpoint);
     publish(SectionMgr::GEOMETRY_TOOL_OFFSET, m_pose);
   }
 }
@@ -78,6 +82,9 @@ void MotionObject::takeNext() noexcept {
 
 void MotionObject::activate(CmdFrame* frame) noexcept {
   m_current = frame;
+  if (m_moving != Moving::AXIS) {
+    m_moving = frame->path() != nullptr ? Moving::KINEMATICS : Moving::NOTHING;
+  }
   m_currentID.store(frame->getCmdID(), std::memory_order_release);
   frame->setState(CmdState::ACTIVE);
   event(EventKind::CMD_ACTIVE, frame->getCmdID());
@@ -106,7 +113,7 @@ void MotionObject::runCurrent() noexcept {
     endCurrent(CmdState::FAILED);
     return;
   }
-  if (m_moves) {
+  if (m_moving != Moving::NOTHING) {
     publishMotion();
   }
   if (result.result == JobResult::CmdFinished) {
@@ -124,9 +131,7 @@ void MotionObject::endCurrent(CmdState state) noexcept {
     // The command has ended, whatever it says on leaving.
   }
   if (state != CmdState::DONE) {
-    // An axis that loses its command stands still; nothing else would move it.
-    m_setpoint.getRef().velocity = 0.0;
-    publishMotion();
+    standStill();
   }
   if (state == CmdState::FAILED) {
     raiseAbortUpTo(m_lastIssued.load(std::memory_order_acquire));
@@ -148,13 +153,46 @@ void MotionObject::carryOutAbort() noexcept {
 }
 
 void MotionObject::publishMotion() noexcept {
-  const AxisSetpointT& setpoint = m_setpoint.getRef();
   const double before = m_velocity.load(std::memory_order_relaxed);
-  m_position.store(setpoint.position, std::memory_order_relaxed);
-  m_velocity.store(setpoint.velocity, std::memory_order_relaxed);
-  if (before == 0.0 && setpoint.velocity != 0.0) {
+  double velocity = 0.0;
+  if (m_moving == Moving::AXIS) {
+    const AxisSetpointT& setpoint = m_setpoint.getRef();
+    m_position.store(setpoint.position, std::memory_order_relaxed);
+    velocity = setpoint.velocity;
+  } else {
+    // The pose, not the set-point, is what other jobs have seen.
+    const core::KinPoseT& pose = m_pose.getRef();
+    m_position.store(pose.x, std::memory_order_relaxed);
+    m_positionY.store(pose.y, std::memory_order_relaxed);
+    m_positionZ.store(pose.z, std::memory_order_relaxed);
+    velocity = m_kinSetpoint.getRef().velocity;
+  }
+  m_velocity.store(velocity, std::memory_order_relaxed);
+  if (before == 0.0 && velocity != 0.0) {
     event(EventKind::MOTION_BEGAN, getCurrentCmdID());
   }
+}
+
+void MotionObject::standStill() noexcept {
+  // An object that loses its command stands still; nothing else would move it.
+  m_setpoint.getRef().velocity = 0.0;
+  const core::KinPoseT& pose = m_pose.getRef();
+  m_kinSetpoint.getRef() = {{pose.x, pose.y, pose.z}, 0.0};
+  publishMotion();
+}
+
+void MotionObject::planPath() noexcept {
+  dropEndedPaths();
+  m_plan.beginNext(pose());
+}
+
+void MotionObject::planTriedPath() noexcept {
+  dropEndedPaths();
+  m_plan.beginTrial(pose());
+}
+
+void MotionObject::dropEndedPaths() noexcept {
+  m_plan.dropEnded([this](std::uint64_t cmdID) { return !isAborted(cmdID) && getCmdState(cmdID) < CmdState::DONE; });
 }
 
 void MotionObject::abortAll() noexcept {

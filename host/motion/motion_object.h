@@ -2,7 +2,6 @@
 #pragma once
 
 #include <algorithm>
-#include <array>
 #include <atomic>
 #include <cstdint>
 #include <memory>
@@ -13,8 +12,11 @@
 #include "host/motion/dia_log.h"
 #include "host/motion/events.h"
 #include "host/motion/job_data_handler.h"
+#include "host/motion/option_set.h"
+#include "host/motion/path_plan.h"
 #include "host/motion/setpoint.h"
 #include "host/motion/spsc_queue.h"
+#include "host/motion/unit_helper.h"
 #include "motion/core/i_obj.h"
 #include "motion/core/obj/kin_pose.h"
 #include "motion/core/object_type.h"
@@ -25,10 +27,11 @@ namespace motion::host {
 struct ObjectConfig {
   std::string name;
   core::ObjectType type = core::ObjectType::AXIS;
-  std::array<double, 3> start{};  ///< [m]; an axis uses the first
+  Point start{};                  ///< [m]; an axis uses the first
   double cycleTime = 0.001;       ///< [s]
   std::uint32_t bufferSize = 64;  ///< commands that wait at most
   std::uint32_t index = 0;        ///< place in the order of creation
+  core::UnitSettings units = UnitHelper::defaultSettings();
 };
 
 /// Preparation puts commands in; the cycle takes them out one after the other and runs their jobs.
@@ -57,7 +60,7 @@ class MotionObject : public core::IObj {
     return m_cmdStates.get(cmdID);
   }
   [[nodiscard]] double getCycleTime() const noexcept override { return m_config.cycleTime; }
-  [[nodiscard]] const core::UnitSettings& getUnitSettings() const noexcept override { return m_units; }
+  [[nodiscard]] const core::UnitSettings& getUnitSettings() const noexcept override { return m_config.units; }
   [[nodiscard]] core::dia::IDia& getDia() noexcept override { return m_dia; }
 
   /// One turn: take the next command if there is none, run its jobs, end it if they say so. [cyclic & real-time]
@@ -98,9 +101,28 @@ class MotionObject : public core::IObj {
   [[nodiscard]] std::uint32_t bufferedCount() const noexcept { return m_buffered.load(std::memory_order_relaxed); }
   [[nodiscard]] JobDataHandler& data() noexcept { return m_data; }
   [[nodiscard]] DiaLog& diaLog() noexcept { return m_dia; }
-  /// Commanded position [m] and velocity [m/s] after the last cycle. [any]
+  /// What accompanies the object's commands. Preparation's lock guards it. [prepare]
+  [[nodiscard]] OptionSet& options() noexcept { return m_options; }
+  /// Commanded position of an axis [m] after the last cycle. [any]
   [[nodiscard]] double position() const noexcept { return m_position.load(std::memory_order_relaxed); }
+  /// Commanded position of a kinematics after the last cycle; an axis has its position as the first of the three. While a
+  /// cycle runs, some coordinates may already be those of the next. [any]
+  [[nodiscard]] Point pose() const noexcept {
+    return {position(), m_positionY.load(std::memory_order_relaxed), m_positionZ.load(std::memory_order_relaxed)};
+  }
+  /// Commanded velocity of an axis, or of a kinematics along its path [m/s], after the last cycle. [any]
   [[nodiscard]] double velocity() const noexcept { return m_velocity.load(std::memory_order_relaxed); }
+
+  /// Finds out where the path begins of the command that is about to be made, or tried out. [prepare]
+  void planPath() noexcept;
+  void planTriedPath() noexcept;
+  /// Where that path begins. [prepare]
+  [[nodiscard]] const Point& plannedStart() const noexcept { return m_plan.start(); }
+  /// The command was issued, or would have been: the next path begins at its end. [prepare]
+  void notePath(std::uint64_t cmdID, const Point& end) noexcept { m_plan.append(cmdID, end); }
+  void noteTriedPath(const Point& end) noexcept { m_plan.appendTrial(end); }
+  /// What was tried out does not count any more. [prepare]
+  void forgetTriedPaths() noexcept { m_plan.forgetTrials(); }
 
   /// Where events go; null for none. Set before the first cycle.
   void setEvents(EventRing* events) noexcept { m_events = events; }
@@ -109,6 +131,9 @@ class MotionObject : public core::IObj {
   void clear() noexcept;
 
  private:
+  /// What of the object its users may see moving: nothing, unless the current command moves a kinematics.
+  enum class Moving : std::uint8_t { NOTHING, AXIS, KINEMATICS };
+
   /// Offers a record of the object to the jobs of its commands.
   void publish(core::SectionValue section, core::IContainer& data);
   void takeNext() noexcept;
@@ -118,6 +143,8 @@ class MotionObject : public core::IObj {
   void retire(CmdFrame* frame, core::cmd::CmdState state) noexcept;
   void carryOutAbort() noexcept;
   void publishMotion() noexcept;
+  void standStill() noexcept;
+  void dropEndedPaths() noexcept;
   void raiseAbortUpTo(std::uint64_t cmdID) noexcept;
   void event(EventKind kind, std::uint64_t cmdID, std::uint32_t detail = 0) noexcept;
 
@@ -127,7 +154,7 @@ class MotionObject : public core::IObj {
   std::atomic<std::uint64_t> m_abortUpTo{0};
   std::uint64_t m_abortDone = 0;
   EventRing* m_events = nullptr;
-  bool m_moves;  ///< has a commanded velocity that its users may ask for
+  Moving m_moving;
   SpscQueue<CmdFrame*> m_prepared;
 
   std::atomic<std::uint64_t> m_currentID{0};
@@ -140,13 +167,17 @@ class MotionObject : public core::IObj {
   RetiredCmds& m_retired;
 
   ObjectConfig m_config;
-  core::UnitSettings m_units;
   DiaLog m_dia;
   core::IObjPtr m_objPtr;
   core::KinPose m_pose;
+  KinSetpoint m_kinSetpoint;
+  std::atomic<double> m_positionY;
+  std::atomic<double> m_positionZ;
   JobDataHandler m_data;
 
   CmdStates m_cmdStates;
+  OptionSet m_options;
+  PathPlan m_plan;
 };
 
 }  // namespace motion::host

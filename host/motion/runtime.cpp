@@ -5,6 +5,7 @@
 #include <new>
 
 #include "host/motion/builtin/builtin_cmds.h"
+#include "host/motion/diag_collector.h"
 #include "host/motion/motion_ext.h"
 #include "host/motion/unit_helper.h"
 #include "host/support/guarded.h"
@@ -19,7 +20,7 @@ Runtime::Runtime(const RuntimeConfig& config)
       m_cmdFactory(m_complaints),
       m_cmdOptionFactory(m_complaints),
       m_cycle(m_objMgr.objects()),
-      m_preparation(m_objFactory, m_cmdFactory, m_retired, m_cycle.begunCounter()) {
+      m_preparation(m_objFactory, m_cmdFactory, m_cmdOptionFactory, m_retired, m_cycle.begunCounter()) {
   fillRecords();
   std::unique_ptr<core::IAmCreatable> unitHelper = std::make_unique<UnitHelper>();
   if (core::isFailure(m_objFactory.registerObj(unitHelper, 0))) {
@@ -33,8 +34,9 @@ Runtime::~Runtime() {
   stopCommands();
 }
 
-MotionObject* Runtime::addObject(const std::string& name, core::ObjectType type, const std::array<double, 3>& start) {
-  MotionObject* object = m_objMgr.add({name, type, start, m_config.cycleTime, m_config.bufferSize, 0}, m_retired);
+MotionObject* Runtime::addObject(const std::string& name, core::ObjectType type, const Point& start,
+                                 const core::UnitSettings& units) {
+  MotionObject* object = m_objMgr.add({name, type, start, m_config.cycleTime, m_config.bufferSize, 0, units}, m_retired);
   m_cycle.setObjects(m_objMgr.objects());
   return object;
 }
@@ -49,55 +51,129 @@ FctResult Runtime::addCmd(const core::dia::CmdSourceInfo& source, const char* ob
     return FctResult::ObjectNotFound;
   }
   std::string problem;
-  return m_preparation.add(*object, cmdType, values, source, *cmdId, problem);
+  return m_preparation.add(*object, {cmdType, values, source}, *cmdId, problem);
 }
 
-FctResult Runtime::addCmdOption(const core::dia::CmdSourceInfo& /*source*/, const char* objName,
-                                const std::string& /*cmdType*/, core::cmd::CmdOptPermType /*permType*/,
-                                core::IContainer& /*values*/) noexcept {
-  // No object of this runtime takes options yet.
-  return m_objMgr.find(objName) == nullptr ? FctResult::ObjectNotFound : FctResult::OptionNotSupported;
+FctResult Runtime::addCmdOption(const core::dia::CmdSourceInfo& source, const char* objName, const std::string& cmdType,
+                                core::cmd::CmdOptPermType permType, core::IContainer& values) noexcept {
+  MotionObject* object = m_objMgr.find(objName);
+  if (object == nullptr) {
+    return FctResult::ObjectNotFound;
+  }
+  std::string problem;
+  return m_preparation.addOption(*object, {cmdType, permType, values, source}, problem);
 }
 
-Runtime::Parameters Runtime::marshal(MotionObject& object, const std::string& cmdName,
-                                     const comm::datalayer::Variant& parameters, FctResult& result, std::string& problem) {
-  const auto entry = m_cmdFactory.find({object.type(), cmdName});
+namespace {
+
+FctResult notDecoded(CmdResult result, const std::string& what, const MotionObject& object, std::string& problem) {
+  problem =
+      fmt::format("the parameters of {} of '{}' could not be decoded (0x{:08X})", what, object.name(), core::toCode(result));
+  return result == CmdResult::OutOfMemory ? FctResult::OutOfMemory : FctResult::InvalidParameter;
+}
+
+/// Calls a marshalling function. A component has no right to throw across the contract; what it was given counts as
+/// undecodable then.
+template <typename MARSHAL>
+CmdResult decode(core::IContainer*& container, const MARSHAL& marshal) {
+  return guarded(CmdResult::OutOfMemory, CmdResult::InvalidParameterData, [&] {
+    core::IContainer* made = nullptr;
+    const CmdResult result = marshal(made);
+    container = made;
+    return result;
+  });
+}
+
+}  // namespace
+
+Runtime::Parameters Runtime::marshal(const MotionObject& object, const EncodedCmd& command, FctResult& result,
+                                     std::string& problem) {
+  const auto entry = m_cmdFactory.find({object.type(), command.name});
   if (entry == nullptr) {
     result = FctResult::NotSupportedByObject;
-    problem = fmt::format("'{}' is not a command of '{}'", cmdName, object.name());
+    problem = fmt::format("'{}' is not a command of '{}'", command.name, object.name());
     return nullptr;
   }
   core::IContainer* container = nullptr;
   bool owned = false;
-  // A component has no right to throw across the contract; what it was given counts as undecodable.
-  const auto marshalled = guarded(CmdResult::OutOfMemory, CmdResult::InvalidParameterData, [&] {
-    core::IContainer* made = nullptr;
-    const CmdResult marshalResult = entry->marshal(&parameters, made, owned);
-    container = made;
-    return marshalResult;
-  });
-  Parameters values(container, {owned});
+  const CmdResult marshalled =
+      decode(container, [&](core::IContainer*& made) { return entry->marshal(&command.parameters, made, owned); });
+  Parameters values(container, ParametersDeleter(owned));
   if (core::isFailure(marshalled) || values == nullptr) {
-    result = marshalled == CmdResult::OutOfMemory ? FctResult::OutOfMemory : FctResult::InvalidParameter;
-    problem = fmt::format("the parameters of '{}' of '{}' could not be decoded (0x{:08X})", cmdName, object.name(),
-                          core::toCode(marshalled));
+    result = notDecoded(marshalled, fmt::format("'{}'", command.name), object, problem);
     return nullptr;
   }
   return values;
 }
 
-FctResult Runtime::issue(MotionObject& object, const std::string& cmdName, const comm::datalayer::Variant& parameters,
-                         const core::dia::CmdSourceInfo& source, unsigned long& cmdId, std::string& problem) {
-  FctResult result = FctResult::NotOkay;
-  const auto values = marshal(object, cmdName, parameters, result, problem);
-  return values == nullptr ? result : m_preparation.add(object, cmdName, *values, source, cmdId, problem);
+Runtime::DecodedOption Runtime::marshal(const MotionObject& object, const EncodedOption& option, DiaLog& dia,
+                                        FctResult& result, std::string& problem) {
+  const auto entry = m_cmdOptionFactory.find({object.type(), option.name});
+  if (entry == nullptr) {
+    result = FctResult::OptionNotSupported;
+    problem = fmt::format("'{}' is not an option of '{}'", option.name, object.name());
+    return {};
+  }
+  const std::uint64_t diagnoses = dia.count();
+  DiagCollector collector(dia, option.source);
+  core::IContainer* container = nullptr;
+  auto permType = core::cmd::CmdOptPermType::ONCE;
+  const CmdResult marshalled = decode(
+      container, [&](core::IContainer*& made) { return entry->marshal(&option.parameters, made, permType, collector); });
+  Parameters values(container, ParametersDeleter(true));
+  if (core::isFailure(marshalled) || values == nullptr) {
+    result = notDecoded(marshalled, fmt::format("option '{}'", option.name), object, problem);
+    if (dia.count() > diagnoses) {
+      problem += ": " + dia.latestWithCodes();
+    }
+    return {};
+  }
+  return {std::move(values), permType};
 }
 
-FctResult Runtime::tryOut(MotionObject& object, const std::string& cmdName, const comm::datalayer::Variant& parameters,
-                          const core::dia::CmdSourceInfo& source, std::string& problem) {
+class Runtime::Decoded {
+ public:
+  /// False with `result` and `problem` when something cannot be decoded; diagnoses go to `dia`.
+  [[nodiscard]] bool decode(Runtime& runtime, const MotionObject& object, const EncodedCmd& command, DiaLog& dia,
+                            FctResult& result, std::string& problem) {
+    m_values = runtime.marshal(object, command, result, problem);
+    if (m_values == nullptr) {
+      return false;
+    }
+    for (const EncodedOption& option : command.options) {
+      m_options.push_back(runtime.marshal(object, option, dia, result, problem));
+      if (m_options.back().values == nullptr) {
+        return false;
+      }
+      m_requests.push_back({option.name, m_options.back().permType, *m_options.back().values, option.source});
+    }
+    return true;
+  }
+  [[nodiscard]] CmdRequest request(const EncodedCmd& command) const {
+    return {command.name, *m_values, command.source, m_requests};
+  }
+
+ private:
+  Parameters m_values;
+  std::vector<DecodedOption> m_options;
+  std::vector<OptionRequest> m_requests;
+};
+
+FctResult Runtime::issue(MotionObject& object, const EncodedCmd& command, unsigned long& cmdId, std::string& problem) {
   FctResult result = FctResult::NotOkay;
-  const auto values = marshal(object, cmdName, parameters, result, problem);
-  return values == nullptr ? result : m_preparation.tryOut(object, cmdName, *values, source, problem);
+  Decoded decoded;
+  return decoded.decode(*this, object, command, object.diaLog(), result, problem)
+             ? m_preparation.add(object, decoded.request(command), cmdId, problem)
+             : result;
+}
+
+FctResult Runtime::tryOut(MotionObject& object, const EncodedCmd& command, std::string& problem) {
+  FctResult result = FctResult::NotOkay;
+  DiaLog dia;
+  Decoded decoded;
+  return decoded.decode(*this, object, command, dia, result, problem)
+             ? m_preparation.tryOut(object, decoded.request(command), problem)
+             : result;
 }
 
 void Runtime::step() {
@@ -132,6 +208,9 @@ void Runtime::stopCommands() {
     object->clear();
   }
   m_preparation.clear();
+  for (const auto& object : m_objMgr.objects()) {
+    object->options().clear();  // they are code of the component
+  }
 }
 
 namespace {

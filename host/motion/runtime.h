@@ -51,19 +51,18 @@ class Runtime : public core::cmd::ICmdContext {
   ~Runtime() override;
 
   /// Adds an object; null when the name is taken. Throws std::bad_alloc. Before the first cycle. [framework]
-  MotionObject* addObject(const std::string& name, core::ObjectType type, const std::array<double, 3>& start);
+  MotionObject* addObject(const std::string& name, core::ObjectType type, const Point& start,
+                          const core::UnitSettings& units = UnitHelper::defaultSettings());
 
   core::FctResult addCmd(const core::dia::CmdSourceInfo& source, const char* objName, const std::string& cmdType,
                          const core::IContainer& values, std::uint32_t count, unsigned long* cmdId) noexcept override;
   core::FctResult addCmdOption(const core::dia::CmdSourceInfo& source, const char* objName, const std::string& cmdType,
                                core::cmd::CmdOptPermType permType, core::IContainer& values) noexcept override;
-  /// As addCmd, with the parameters as FlatBuffers value; `problem` says in words why a command was refused. [any, not
-  /// real-time]
-  core::FctResult issue(MotionObject& object, const std::string& cmdName, const comm::datalayer::Variant& parameters,
-                        const core::dia::CmdSourceInfo& source, unsigned long& cmdId, std::string& problem);
-  /// Creates and checks the command without buffering it. [any, not real-time]
-  core::FctResult tryOut(MotionObject& object, const std::string& cmdName, const comm::datalayer::Variant& parameters,
-                         const core::dia::CmdSourceInfo& source, std::string& problem);
+  /// As addCmd, with the parameters as FlatBuffers values and with options; `problem` says in words why something was
+  /// refused, and then nothing of it stays. [any, not real-time]
+  core::FctResult issue(MotionObject& object, const EncodedCmd& command, unsigned long& cmdId, std::string& problem);
+  /// Creates and checks the command and its options, and throws them away. [any, not real-time]
+  core::FctResult tryOut(MotionObject& object, const EncodedCmd& command, std::string& problem);
 
   /// Virtual time: prepares what waits, then runs one cycle, in the calling thread.
   void step();
@@ -81,6 +80,7 @@ class Runtime : public core::cmd::ICmdContext {
   [[nodiscard]] ObjFactory& objFactory() noexcept { return m_objFactory; }
   [[nodiscard]] GenericCmdFactory& cmdFactory() noexcept { return m_cmdFactory; }
   [[nodiscard]] GenericCmdOptionFactory& cmdOptionFactory() noexcept { return m_cmdOptionFactory; }
+  [[nodiscard]] const GenericCmdOptionFactory& cmdOptionFactory() const noexcept { return m_cmdOptionFactory; }
   [[nodiscard]] const Complaints& complaints() const noexcept { return m_complaints; }
   [[nodiscard]] Preparation& preparation() noexcept { return m_preparation; }
   [[nodiscard]] Cycle& cycle() noexcept { return m_cycle; }
@@ -89,18 +89,28 @@ class Runtime : public core::cmd::ICmdContext {
  private:
   /// Deletes what a marshalling function gave away and leaves alone what it lent.
   struct ParametersDeleter {
-    bool owned = false;
+    ParametersDeleter() noexcept : owned(false) {}
+    explicit ParametersDeleter(bool isOwned) noexcept : owned(isOwned) {}
     void operator()(core::IContainer* container) const {
       if (owned) {
         delete container;
       }
     }
+    bool owned;
   };
   using Parameters = std::unique_ptr<core::IContainer, ParametersDeleter>;
 
-  [[nodiscard]] Parameters marshal(MotionObject& object, const std::string& cmdName,
-                                   const comm::datalayer::Variant& parameters, core::FctResult& result,
+  struct DecodedOption {
+    Parameters values;
+    core::cmd::CmdOptPermType permType = core::cmd::CmdOptPermType::ONCE;
+  };
+  /// A command with all that a request borrows.
+  class Decoded;
+
+  [[nodiscard]] Parameters marshal(const MotionObject& object, const EncodedCmd& command, core::FctResult& result,
                                    std::string& problem);
+  [[nodiscard]] DecodedOption marshal(const MotionObject& object, const EncodedOption& option, DiaLog& dia,
+                                      core::FctResult& result, std::string& problem);
   void fillRecords();
   void runCyclicThread(IPacer& pacer, const std::function<void(const std::string&)>& onStarted) noexcept;
 

@@ -1,9 +1,11 @@
 #include "host/motion/builtin/builtin_cmds.h"
 
 #include <new>
+#include <vector>
 
 #include "host/motion/builtin/cmd_axis_move.h"
 #include "host/motion/builtin/cmd_dwell.h"
+#include "host/motion/builtin/cmd_kin_move.h"
 #include "motion/core/cmd/cmd_groups.h"
 #include "motion/core/cmd/i_cmd.h"
 #include "motion/core/i_obj.h"
@@ -12,6 +14,10 @@
 #include "schemas/host/cmdDwell_generated.h"
 #include "schemas/host/cmdMoveAbs_bfbs_generated.h"
 #include "schemas/host/cmdMoveAbs_generated.h"
+#include "schemas/host/cmdMoveCirc_bfbs_generated.h"
+#include "schemas/host/cmdMoveCirc_generated.h"
+#include "schemas/host/cmdMoveLin_bfbs_generated.h"
+#include "schemas/host/cmdMoveLin_generated.h"
 #include "schemas/host/cmdMoveRel_bfbs_generated.h"
 #include "schemas/host/cmdMoveRel_generated.h"
 
@@ -34,10 +40,17 @@ core::cmd::CmdMarshalFn marshalWith(READ read) {
     if (!verifier.VerifyBuffer<TABLE>(nullptr)) {
       return CmdResult::InvalidParameterData;
     }
-    container = new (std::nothrow) CONTAINER(read(*flatbuffers::GetRoot<TABLE>(bytes.data())));
-    owned = true;
-    return container != nullptr ? CmdResult::Okay : CmdResult::OutOfMemory;
+    return guarded(CmdResult::OutOfMemory, [&] {
+      container = new CONTAINER(read(*flatbuffers::GetRoot<TABLE>(bytes.data())));
+      owned = true;
+      return CmdResult::Okay;
+    });
   };
+}
+
+/// The numbers of a list, which may be absent.
+std::vector<double> numbersOf(const flatbuffers::Vector<double>* list) {
+  return list != nullptr ? std::vector<double>(list->begin(), list->end()) : std::vector<double>();
 }
 
 template <typename SCHEMA>
@@ -74,7 +87,7 @@ void registerDwell(GenericCmdFactory& cmdFactory, const char* group) {
        true});
 }
 
-void registerMoves(GenericCmdFactory& cmdFactory) {
+void registerAxisMoves(GenericCmdFactory& cmdFactory) {
   const std::vector<std::string> groups{core::cmd::axs::GROUP_MOTION_COMMANDS};
   cmdFactory.addBuiltIn({{ObjectType::AXIS, CmdAxisMove::staticName(MoveKind::ABSOLUTE)},
                          createWith<CmdAxisMove, ObjectType::AXIS>(MoveKind::ABSOLUTE),
@@ -98,20 +111,50 @@ void registerMoves(GenericCmdFactory& cmdFactory) {
                          true});
 }
 
+void registerKinMoves(GenericCmdFactory& cmdFactory) {
+  const std::vector<std::string> groups{core::cmd::kin::GROUP_MOTION_COMMANDS};
+  cmdFactory.addBuiltIn({{ObjectType::KINEMATICS, CmdKinMove::staticName(PathKind::LINEAR)},
+                         createWith<CmdKinMove, ObjectType::KINEMATICS>(PathKind::LINEAR),
+                         marshalWith<fbs::CmdMoveLin, KinMovePars>([](const fbs::CmdMoveLin& table) {
+                           return KinMoveParsT{numbersOf(table.to()), numbersOf(table.via()), table.blending(),
+                                               table.velocity(), table.acceleration()};
+                         }),
+                         true,
+                         groups,
+                         schemaBytes<fbs::CmdMoveLinBinarySchema>(),
+                         "Move along straight lines",
+                         true});
+  cmdFactory.addBuiltIn(
+      {{ObjectType::KINEMATICS, CmdKinMove::staticName(PathKind::CIRCULAR)},
+       createWith<CmdKinMove, ObjectType::KINEMATICS>(PathKind::CIRCULAR),
+       marshalWith<fbs::CmdMoveCirc, KinMovePars>([](const fbs::CmdMoveCirc& table) {
+         return KinMoveParsT{numbersOf(table.to()), numbersOf(table.via()), 0.0, table.velocity(), table.acceleration()};
+       }),
+       true,
+       groups,
+       schemaBytes<fbs::CmdMoveCircBinarySchema>(),
+       "Move along an arc",
+       true});
+}
+
 }  // namespace
 
 void registerCmds(GenericCmdFactory& cmdFactory, ObjFactory& objFactory, JobDataIDMgr& ids) {
   std::unique_ptr<core::IAmCreatable> profile = std::make_unique<ProfileJob>();
+  std::unique_ptr<core::IAmCreatable> kinPath = std::make_unique<KinPathJob>();
   std::unique_ptr<core::IAmCreatable> dwell = std::make_unique<DwellJob>();
   const bool isKnown =
-      !core::isFailure(objFactory.registerObj(profile, 0)) && !core::isFailure(objFactory.registerObj(dwell, 0)) &&
-      ids.addID(ProfilePars::getMyID(), "AxisProfilePars") && ids.addID(DwellJobPars::getMyID(), "DwellJobPars") &&
-      ids.addID(AxisSetpoint::getMyID(), "AxisSetpoint") && ids.addID(core::IObjPtr::getMyID(), "IObjPtr") &&
-      ids.addID(core::cmd::ICmdPtr::getMyID(), "ICmdPtr") && ids.addID(core::KinPose::getMyID(), "KinPose");
+      !core::isFailure(objFactory.registerObj(profile, 0)) && !core::isFailure(objFactory.registerObj(kinPath, 0)) &&
+      !core::isFailure(objFactory.registerObj(dwell, 0)) && ids.addID(ProfilePars::getMyID(), "AxisProfilePars") &&
+      ids.addID(KinPathPars::getMyID(), "KinPathPars") && ids.addID(KinSetpoint::getMyID(), "KinSetpoint") &&
+      ids.addID(DwellJobPars::getMyID(), "DwellJobPars") && ids.addID(AxisSetpoint::getMyID(), "AxisSetpoint") &&
+      ids.addID(core::IObjPtr::getMyID(), "IObjPtr") && ids.addID(core::cmd::ICmdPtr::getMyID(), "ICmdPtr") &&
+      ids.addID(core::KinPose::getMyID(), "KinPose");
   if (!isKnown) {
     throw std::bad_alloc();  // new factories refuse for no other reason
   }
-  registerMoves(cmdFactory);
+  registerAxisMoves(cmdFactory);
+  registerKinMoves(cmdFactory);
   registerDwell<ObjectType::AXIS>(cmdFactory, core::cmd::axs::GROUP_NON_MOTION_COMMANDS);
   registerDwell<ObjectType::KINEMATICS>(cmdFactory, core::cmd::kin::GROUP_NON_MOTION_COMMANDS);
 }

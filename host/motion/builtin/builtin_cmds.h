@@ -1,5 +1,8 @@
-// The commands that motion objects of this host have by themselves: MoveAbs and MoveRel for axes, Dwell for all.
+// The commands that motion objects of this host have by themselves: MoveAbs and MoveRel for axes, MoveLin and MoveCirc for
+// kinematics, Dwell for all.
 #pragma once
+
+#include <vector>
 
 #include "host/motion/cmd_factory.h"
 #include "host/motion/job_data_id_mgr.h"
@@ -22,6 +25,17 @@ struct AxisMoveParsT {
 };
 struct AxisMovePars___t;
 using AxisMovePars = core::job::JobNamedType<AxisMoveParsT, AxisMovePars___t>;
+
+/// Parameters of both moves of a kinematics, in the user's units; points are x, y and z one after the other.
+struct KinMoveParsT {
+  std::vector<double> to;
+  std::vector<double> via;
+  double blending = 0.0;  ///< radius; 0 for an arc
+  double velocity = 0.0;
+  double acceleration = 0.0;
+};
+struct KinMovePars___t;
+using KinMovePars = core::job::JobNamedType<KinMoveParsT, KinMovePars___t>;
 
 /// Makes the commands known to the factories of a new runtime. Throws std::bad_alloc. [framework]
 void registerCmds(GenericCmdFactory& cmdFactory, ObjFactory& objFactory, JobDataIDMgr& ids);

@@ -11,13 +11,6 @@ namespace motion::host::builtin {
 using core::job::JobListTypes;
 using core::job::JobResult;
 
-namespace {
-
-/// Share of a cycle that counts as rounding: a profile whose duration is a whole number of cycles takes that number.
-constexpr double ROUNDING = 1e-6;
-
-}  // namespace
-
 JobResult ProfileJob::registerInputs(core::job::IJobDataHandler* handler) {
   core::IObjPtr* object = nullptr;
   for (const JobResult result :
@@ -56,24 +49,14 @@ std::string ProfileJob::getJobString() const noexcept {
 JobResult ProfileJob::plan() {
   const ProfileParsT& pars = m_pars->getRef();
   const double start = m_setpoint->getRef().position;
-  m_target = pars.relative ? start + pars.target : pars.target;
-  m_profile.SetMax(pars.velocity, pars.acceleration);
-  m_profile.SetProfile(start, m_target);
-  m_cycles = 0;
+  m_run.plan(start, pars.relative ? start + pars.target : pars.target, pars.velocity, pars.acceleration);
   return JobResult::NoEffect;
 }
 
 JobResult ProfileJob::follow() {
-  ++m_cycles;
-  const double cycleTime = m_object->getCycleTime();
-  const double time = static_cast<double>(m_cycles) * cycleTime;
-  AxisSetpointT& setpoint = m_setpoint->getRef();
-  if (time >= m_profile.Duration() - ROUNDING * cycleTime) {
-    setpoint = {m_target, 0.0};
-    return JobResult::CmdFinished;
-  }
-  setpoint = {m_profile.Pos(time), m_profile.Vel(time)};
-  return JobResult::Busy;
+  const ProfileRun::Step step = m_run.next(m_object->getCycleTime());
+  m_setpoint->getRef() = {step.position, step.velocity};
+  return step.isLast ? JobResult::CmdFinished : JobResult::Busy;
 }
 
 }  // namespace motion::host::builtin

@@ -1,10 +1,9 @@
 // The job that moves an axis along a velocity profile.
 #pragma once
 
-#include <cstdint>
-#include <kdl/velocityprofile_trap.hpp>
 #include <new>
 
+#include "host/motion/builtin/profile_run.h"
 #include "host/motion/setpoint.h"
 #include "motion/core/i_obj.h"
 #include "motion/core/job/job_object_base.h"
@@ -21,8 +20,7 @@ struct ProfileParsT {
 struct ProfilePars___t;
 using ProfilePars = core::job::JobNamedType<ProfileParsT, ProfilePars___t>;
 
-/// Plans a trapezoidal profile from where the axis stands when the command becomes current, and follows it: in the n-th
-/// cycle of the command the set-point is the profile at n cycle times, so the first cycle already has a velocity.
+/// Plans a trapezoidal profile from where the axis stands when the command becomes current, and follows it.
 class ProfileJob : public core::job::JobObjectBase {
  public:
   static constexpr const char* NAME = "host_axis_profile";
@@ -40,9 +38,7 @@ class ProfileJob : public core::job::JobObjectBase {
   ProfilePars* m_pars = nullptr;
   AxisSetpoint* m_setpoint = nullptr;
   core::IObj* m_object = nullptr;
-  KDL::VelocityProfile_Trap m_profile;
-  double m_target = 0.0;  ///< [m]
-  std::uint64_t m_cycles = 0;
+  ProfileRun m_run;
 };
 
 }  // namespace motion::host::builtin

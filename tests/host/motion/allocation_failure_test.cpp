@@ -243,7 +243,7 @@ TEST_F(IssuingTest, ofWhatIsOnlyTriedOut) {
   const test::Label values("A");
   std::string problem;
   problem.reserve(1000);
-  const auto call = [&] { return world.runtime.preparation().tryOut(axis, "Test", values, world.source, problem); };
+  const auto call = [&] { return world.runtime.preparation().tryOut(axis, {"Test", values, world.source}, problem); };
   const Sweep tried{call, FctResult::Okay, std::vector{FctResult::OutOfMemory, FctResult::PreparationError},
                     NOTHING_TO_UNDO};
   EXPECT_GT(failEachAllocation(tried), 7);
@@ -279,8 +279,8 @@ TEST_F(IssuingTest, looksUpAndAbortsWithoutMemory) {
                           records.sys.getCycleTime(records.sys.context, value) == FctResult::Okay &&
                           records.sys.abortCmds(records.sys.context, LONG_NAME) == FctResult::Okay &&
                           records.cmd.abortCmd(&world.runtime, world.source, LONG_NAME) == FctResult::Okay &&
-                          world.runtime.addCmdOption(world.source, LONG_NAME, option, core::cmd::CmdOptPermType::ONCE,
-                                                     values) == FctResult::OptionNotSupported;
+                          world.runtime.addCmdOption(world.source, "stranger", option, core::cmd::CmdOptPermType::ONCE,
+                                                     values) == FctResult::ObjectNotFound;
   EXPECT_EQ(allocations.get(), 0);
   EXPECT_TRUE(isFound);
   EXPECT_TRUE(isAnswered);

@@ -9,6 +9,7 @@
 
 #include "host/motion/motion_object.h"
 #include "tests/host/motion/scripted_cmd.h"
+#include "tests/host/motion/scripted_option.h"
 
 namespace motion::host {
 namespace {
@@ -60,14 +61,14 @@ TEST_F(CmdFrameTest, knowsWhatItWasGiven) {
 TEST_F(CmdFrameTest, preparesCommandAndJobsInTheOrderOfTheContract) {
   std::vector<std::string> operations;
   script.at = [&operations](std::string_view operation) { operations.emplace_back(operation); };
-  ASSERT_EQ(sut.build(factory, problem), CmdResult::Okay) << problem;
+  ASSERT_EQ(sut.build(factory, {}, problem), CmdResult::Okay) << problem;
   EXPECT_THAT(operations, ElementsAre("onRegisterJobListsInputs", "getJobNames", "createNew", "registerOutputs",
                                       "registerInputs", "addJobsToJoblist", "addJobsToJoblist", "addJobsToJoblist"));
 }
 
 TEST_F(CmdFrameTest, putsJobsIntoTheListsThatTheyServe) {
   script.prepared = [](const std::string&, unsigned) { return JobResult::NoEffect; };
-  ASSERT_EQ(sut.build(factory, problem), CmdResult::Okay) << problem;
+  ASSERT_EQ(sut.build(factory, {}, problem), CmdResult::Okay) << problem;
   EXPECT_EQ(sut.cyclicJobs().size(), 1U);
   EXPECT_EQ(sut.beforeJobs().size(), 0U);
   EXPECT_EQ(sut.preparedJobs().size(), 1U);
@@ -77,7 +78,7 @@ TEST_F(CmdFrameTest, putsJobsIntoTheListsThatTheyServe) {
 }
 
 TEST_F(CmdFrameTest, findsItsJobObjectsByName) {
-  ASSERT_EQ(sut.build(factory, problem), CmdResult::Okay) << problem;
+  ASSERT_EQ(sut.build(factory, {}, problem), CmdResult::Okay) << problem;
   const core::job::IJobHandler& handler = sut.getJobHandler();
   ASSERT_NE(handler.findJobObject("test_job"), nullptr);
   EXPECT_EQ(handler.findJobObject("test_job")->getJobString(), "job of A");
@@ -88,7 +89,7 @@ TEST_F(CmdFrameTest, findsItsJobObjectsByName) {
 TEST_F(CmdFrameTest, joinsWhatItsJobsSay) {
   EXPECT_EQ(sut.jobString(), "");
   script.jobNames = {"test_job", "test_job"};
-  ASSERT_EQ(sut.build(factory, problem), CmdResult::Okay) << problem;
+  ASSERT_EQ(sut.build(factory, {}, problem), CmdResult::Okay) << problem;
   EXPECT_EQ(sut.jobString(), "job of A, job of A");
 }
 
@@ -120,7 +121,7 @@ TEST_F(CmdFrameTest, publishesCommandAndObjectToItsJobs) {
   std::unique_ptr<core::IAmCreatable> prototype = std::make_unique<CuriousJob>();
   factory.registerObj(prototype, 0);
   script.jobNames = {"curious"};
-  ASSERT_EQ(sut.build(factory, problem), CmdResult::Okay) << problem;
+  ASSERT_EQ(sut.build(factory, {}, problem), CmdResult::Okay) << problem;
   const auto* job = dynamic_cast<CuriousJob*>(sut.getJobHandler().findJobObject("curious"));
   ASSERT_NE(job, nullptr);
   EXPECT_EQ(job->cmd, &sut);
@@ -129,13 +130,13 @@ TEST_F(CmdFrameTest, publishesCommandAndObjectToItsJobs) {
 
 TEST_F(CmdFrameTest, saysWhichJobObjectIsMissing) {
   script.jobNames = {"test_job", "absent"};
-  EXPECT_EQ(sut.build(factory, problem), CmdResult::JobCreationFailed);
+  EXPECT_EQ(sut.build(factory, {}, problem), CmdResult::JobCreationFailed);
   EXPECT_EQ(problem, "job object 'absent' could not be created: 0xF0150001");
 }
 
 TEST_F(CmdFrameTest, saysWhichJobObjectMissesItsData) {
   script.publishes = false;
-  EXPECT_EQ(sut.build(factory, problem), CmdResult::JobRegistrationFailed);
+  EXPECT_EQ(sut.build(factory, {}, problem), CmdResult::JobRegistrationFailed);
   EXPECT_EQ(problem, "job object 'test_job' could not register its data: 0xF0000020");
 }
 
@@ -143,14 +144,14 @@ TEST_F(CmdFrameTest, asksNoFurtherWhenAJobObjectCouldNotRegisterItsOutputs) {
   std::vector<std::string> operations;
   script.at = [&operations](std::string_view operation) { operations.emplace_back(operation); };
   script.outputsResult = JobResult::DataAlreadyPublished;
-  EXPECT_EQ(sut.build(factory, problem), CmdResult::JobRegistrationFailed);
+  EXPECT_EQ(sut.build(factory, {}, problem), CmdResult::JobRegistrationFailed);
   EXPECT_EQ(problem, "job object 'test_job' could not register its data: 0xF0000021");
   EXPECT_EQ(operations.back(), "registerOutputs");
 }
 
 TEST_F(CmdFrameTest, saysThatTheCommandRefusedItsData) {
   script.inputsResult = CmdResult::JobRegistrationFailed;
-  EXPECT_EQ(sut.build(factory, problem), CmdResult::JobRegistrationFailed);
+  EXPECT_EQ(sut.build(factory, {}, problem), CmdResult::JobRegistrationFailed);
   EXPECT_EQ(problem, "the command refused to register its job data: 0xF0110007");
 }
 
@@ -169,7 +170,7 @@ TEST_F(CmdFrameTest, saysWhichJobObjectCouldNotAddItsJobs) {
   std::unique_ptr<core::IAmCreatable> prototype = std::make_unique<LostJob>();
   factory.registerObj(prototype, 0);
   script.jobNames = {"lost"};
-  EXPECT_EQ(sut.build(factory, problem), CmdResult::JobRegistrationFailed);
+  EXPECT_EQ(sut.build(factory, {}, problem), CmdResult::JobRegistrationFailed);
   EXPECT_EQ(problem, "job object 'lost' could not add its jobs: 0xF0000022");
 }
 
@@ -190,12 +191,77 @@ TEST_F(CmdFrameTest, keepsTheNewStateWhenTheCommandThrows) {
 }
 
 TEST_F(CmdFrameTest, destroysCommandAndJobObjects) {
-  ASSERT_EQ(sut.build(factory, problem), CmdResult::Okay) << problem;
+  ASSERT_EQ(sut.build(factory, {}, problem), CmdResult::Okay) << problem;
   EXPECT_EQ(script.commandsAlive, 1);
   EXPECT_EQ(script.jobsAlive, 2) << "the prototype and one clone";
   owned.reset();
   EXPECT_EQ(script.commandsAlive, 0);
   EXPECT_EQ(script.jobsAlive, 1);
+}
+
+// Options
+
+struct CmdFrameOptionsTest : CmdFrameTest {
+  /// A job that an option would have made.
+  OptionJob jobOf(const std::string& label) {
+    auto entry =
+        std::make_shared<const CmdOptionEntry>(test::scriptedOption(options, {ObjectType::AXIS, "Plain"}, false, {}));
+    auto option = std::make_unique<test::ScriptedOption>(options, std::nullopt);
+    return {std::make_shared<const AcceptedOption>(entry, std::move(option), core::cmd::CmdOptDuration::ONE_COMMAND,
+                                                   core::dia::CmdSourceInfo{}, 1),
+            std::make_unique<test::ScriptedOptionJob>(options, label)};
+  }
+  std::vector<OptionJob> jobsOf(const std::vector<std::string>& labels) {
+    std::vector<OptionJob> jobs;
+    for (const std::string& label : labels) {
+      jobs.push_back(jobOf(label));
+    }
+    return jobs;
+  }
+
+  // Destroyed before the frame of the base would be, which the tests therefore destroy.
+  test::OptionScript options{script};
+};
+
+TEST_F(CmdFrameOptionsTest, runsJobsOfOptionsBehindItsOwnAndTheHostsBehindAll) {
+  ASSERT_EQ(sut.build(factory, jobsOf({"O", "P"}), problem), CmdResult::Okay) << problem;
+  const auto hosts = [this] {
+    script.note("host", "looks");
+    return JobResult::NoEffect;
+  };
+  EXPECT_EQ(sut.addCyclicJob(hosts, "host_job", SectionMgr::EXEC_FINAL), JobResult::NoEffect);
+  EXPECT_EQ(sut.cyclicJobs().run().result, JobResult::CmdFinished);
+  EXPECT_THAT(script.takeJournal(), ElementsAre("A cyclic", "O cyclic", "P cyclic", "host looks"));
+  EXPECT_EQ(sut.addCyclicJob(hosts, "host_job", core::section::INVALID), JobResult::UnknownSection);
+  owned.reset();
+}
+
+TEST_F(CmdFrameOptionsTest, knowsItsOptionsAndTheirJobs) {
+  ASSERT_EQ(sut.build(factory, jobsOf({"O", "P"}), problem), CmdResult::Okay) << problem;
+  ASSERT_EQ(sut.options().size(), 2U);
+  EXPECT_EQ(sut.options()[0].option->name(), "Plain");
+  EXPECT_EQ(sut.options()[1].job->getJobString(), "option P");
+  EXPECT_EQ(sut.getJobHandler().findJobObject("option_job"), sut.options()[0].job);
+  EXPECT_EQ(sut.jobString(), "job of A, option O, option P");
+  owned.reset();
+}
+
+TEST_F(CmdFrameOptionsTest, ownsItsOptionsAndTheirJobs) {
+  ASSERT_EQ(sut.build(factory, jobsOf({"O", "P"}), problem), CmdResult::Okay) << problem;
+  EXPECT_EQ(options.optionsAlive, 2);
+  EXPECT_EQ(options.jobsAlive, 2);
+  owned.reset();
+  EXPECT_EQ(options.optionsAlive, 0);
+  EXPECT_EQ(options.jobsAlive, 0);
+}
+
+TEST_F(CmdFrameOptionsTest, saysWhichOptionsJobCouldNotBeAdded) {
+  options.inputsResult = JobResult::DataNotPublished;
+  EXPECT_EQ(sut.build(factory, jobsOf({"O", "P"}), problem), CmdResult::JobRegistrationFailed);
+  EXPECT_EQ(problem, "option 'Plain': job object 'option_job' could not register its data: 0xF0000020");
+  EXPECT_EQ(options.jobsAlive, 0);
+  owned.reset();
+  EXPECT_EQ(options.optionsAlive, 0);
 }
 
 struct RetiredCmdsTest : testing::Test {

@@ -43,6 +43,7 @@ TEST(DiaLogTest, closesTheNewestDiagnosis) {
 TEST(DiaLogTest, countsAllAndKeepsTheNewest) {
   DiaLog sut;
   EXPECT_EQ(sut.latestText(), "");
+  EXPECT_EQ(sut.latestWithCodes(), "");
   EXPECT_EQ(sut.count(), 0U);
   for (int i = 1; i <= 70; ++i) {
     sut.report(1, 1, SOURCE, {}, "%d", i);
@@ -60,6 +61,13 @@ TEST(DiaLogTest, cutsAVeryLongText) {
   const std::string text(2000, 'x');
   sut.report(1, 1, SOURCE, {}, "%s", text.c_str());
   EXPECT_EQ(sut.latestText(), std::string(511, 'x'));
+}
+
+TEST(DiaLogTest, givesTheNewestWithItsCodes) {
+  DiaLog sut;
+  sut.report(1, 2, SOURCE, {}, "older");
+  sut.report(0x090F1000, 0x0C561000, SOURCE, {}, "too fast");
+  EXPECT_EQ(sut.latestWithCodes(), "too fast (0x090F1000, 0x0C561000)");
 }
 
 TEST(DiaLogTest, keepsADiagnosisWithoutAPlace) {

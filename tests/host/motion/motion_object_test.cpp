@@ -60,6 +60,12 @@ TEST_F(MotionObjectTest, publishesItsDataToItsCommands) {
   EXPECT_THAT((std::array{pose.x, pose.y, pose.z, pose.a, pose.b, pose.c}), ElementsAre(1.0, 2.0, 3.0, 0.0, 0.0, 0.0));
   EXPECT_EQ(robot->data().registerRead(AxisSetpoint::getMyID(), SectionMgr::OBJ_DATA, 1, "test", out),
             JobResult::DataNotPublished);
+  ASSERT_EQ(robot->data().registerRead(KinSetpoint::getMyID(), SectionMgr::OBJ_DATA, 1, "test", out), JobResult::NoEffect);
+  EXPECT_EQ(KinSetpoint::safeCast(out)->get().position, (Point{1.0, 2.0, 3.0}));
+  EXPECT_EQ(sut.data().registerRead(KinSetpoint::getMyID(), SectionMgr::OBJ_DATA, 1, "test", out),
+            JobResult::DataNotPublished);
+  EXPECT_EQ(robot->pose(), (Point{1.0, 2.0, 3.0}));
+  EXPECT_EQ(sut.pose(), (Point{0.25, 0.0, 0.0}));
 }
 
 TEST_F(MotionObjectTest, countsCycles) {
@@ -409,6 +415,13 @@ TEST_F(MotionObjectTest, anAbortedAxisStandsStill) {
 }
 
 // States and events
+
+TEST_F(MotionObjectTest, speaksTheUnitsThatItIsGiven) {
+  const MotionObject* metres = world.runtime.addObject("Metres", core::ObjectType::AXIS, {},
+                                                       UnitHelper::settings(LengthUnit::METRE, TimeUnit::MILLISECOND));
+  EXPECT_STREQ(metres->getUnitSettings().entries[0].name, "m");
+  EXPECT_STREQ(metres->getUnitSettings().entries[6].name, "ms");
+}
 
 TEST_F(MotionObjectTest, noticesWhenMotionBegins) {
   world.issue(sut, "Dwell", builtin::DwellPars({0.002}));

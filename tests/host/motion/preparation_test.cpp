@@ -27,7 +27,7 @@ struct PreparationTest : testing::Test {
   FctResult refusal(const std::string& cmdName = "Test") {
     unsigned long id = 4711;
     world.problem.clear();
-    const FctResult result = sut.add(axis, cmdName, test::Label("A"), world.source, id, world.problem);
+    const FctResult result = sut.add(axis, {cmdName, test::Label("A"), world.source}, id, world.problem);
     EXPECT_TRUE(core::isFailure(result));
     EXPECT_EQ(id, 4711U);
     EXPECT_EQ(sut.alive(), 0U);
@@ -126,7 +126,7 @@ TEST_F(PreparationTest, refusesAnUnknownCommand) {
   EXPECT_EQ(world.problem, "'Fly' is not a command of axis 'X'");
   unsigned long id = 0;
   MotionObject& robot = world.addKinematics("Robot");
-  EXPECT_EQ(sut.add(robot, "MoveAbs", test::Label("A"), world.source, id, world.problem), FctResult::NotSupportedByObject);
+  EXPECT_EQ(sut.add(robot, {"MoveAbs", test::Label("A"), world.source}, id, world.problem), FctResult::NotSupportedByObject);
   EXPECT_EQ(world.problem, "'MoveAbs' is not a command of kinematics 'Robot'");
 }
 
@@ -135,7 +135,9 @@ TEST_F(PreparationTest, refusesInvalidParametersWithTheTextOfTheDiagnosis) {
   script.validateResult = CmdResult::Refused;
   script.diagnosis = "too fast";
   EXPECT_EQ(refusal(), FctResult::InvalidParameter);
-  EXPECT_EQ(world.problem, "'Test' of 'X' was refused (0xF011001D): its parameters are not valid: too fast");
+  EXPECT_EQ(world.problem,
+            "'Test' of 'X' was refused (0xF011001D): its parameters are not valid: too fast (0x00000001, "
+            "0x00000002)");
 }
 
 TEST_F(PreparationTest, refusesInvalidParametersWithoutADiagnosis) {
@@ -147,7 +149,7 @@ TEST_F(PreparationTest, refusesInvalidParametersWithoutADiagnosis) {
 
 TEST_F(PreparationTest, refusesParametersOfAnotherType) {
   unsigned long id = 0;
-  EXPECT_EQ(sut.add(axis, "Test", AxisSetpoint(), world.source, id, world.problem), FctResult::InvalidParameter);
+  EXPECT_EQ(sut.add(axis, {"Test", AxisSetpoint(), world.source}, id, world.problem), FctResult::InvalidParameter);
   EXPECT_EQ(world.problem, "'Test' of 'X' was refused (0xF011000E): its parameters were not accepted");
 }
 
@@ -214,7 +216,7 @@ TEST_F(PreparationTest, exceptionsOfACommandDoNotEscapeAndLoseNothing) {
         EXPECT_EQ(result, kind == 1 ? FctResult::OutOfMemory : FctResult::PreparationError) << operation << kind;
         EXPECT_THAT(world.problem, HasSubstr(kind == 0 ? "out of luck" : (kind == 1 ? "no memory" : "unknown exception")));
       }
-      EXPECT_EQ(sut.tryOut(axis, "Test", test::Label("A"), world.source, world.problem), result) << operation << kind;
+      EXPECT_EQ(sut.tryOut(axis, {"Test", test::Label("A"), world.source}, world.problem), result) << operation << kind;
     }
   }
   script.at = [](std::string_view) {};
@@ -232,7 +234,7 @@ TEST_F(PreparationTest, exceptionsOfACommandDoNotEscapeAndLoseNothing) {
 // Trying out
 
 TEST_F(PreparationTest, tryOutAnswersAsAddWouldAndLeavesNothing) {
-  EXPECT_EQ(sut.tryOut(axis, "Test", test::Label("A"), world.source, world.problem), FctResult::Okay);
+  EXPECT_EQ(sut.tryOut(axis, {"Test", test::Label("A"), world.source}, world.problem), FctResult::Okay);
   EXPECT_EQ(sut.alive(), 0U);
   EXPECT_EQ(axis.bufferedCount(), 0U);
   EXPECT_EQ(script.commandsAlive, 0);
@@ -244,10 +246,10 @@ TEST_F(PreparationTest, tryOutAnswersAsAddWouldAndLeavesNothing) {
 
   script.validateResult = CmdResult::Refused;
   script.diagnosis = "too fast";
-  EXPECT_EQ(sut.tryOut(axis, "Test", test::Label("A"), world.source, world.problem), FctResult::InvalidParameter);
+  EXPECT_EQ(sut.tryOut(axis, {"Test", test::Label("A"), world.source}, world.problem), FctResult::InvalidParameter);
   EXPECT_THAT(world.problem, HasSubstr("too fast"));
   EXPECT_EQ(axis.diaLog().count(), 0U) << "a diagnosis of nothing that the object does";
-  EXPECT_EQ(sut.tryOut(axis, "Fly", test::Label("A"), world.source, world.problem), FctResult::NotSupportedByObject);
+  EXPECT_EQ(sut.tryOut(axis, {"Fly", test::Label("A"), world.source}, world.problem), FctResult::NotSupportedByObject);
 }
 
 // Listener

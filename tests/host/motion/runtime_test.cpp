@@ -60,7 +60,7 @@ TEST_F(RuntimeTest, refusesCommandsThatItCannotAdd) {
   EXPECT_EQ(sut.preparation().alive(), 0U);
 }
 
-TEST_F(RuntimeTest, refusesOptions) {
+TEST_F(RuntimeTest, refusesOptionsThatItCannotAdd) {
   test::Label values("A");
   EXPECT_EQ(sut.addCmdOption(world.source, "X", "Option", core::cmd::CmdOptPermType::ONCE, values),
             FctResult::OptionNotSupported);
@@ -76,16 +76,16 @@ TEST_F(RuntimeTest, refusesASecondObjectOfAName) {
 // Parameters as FlatBuffers
 
 TEST_F(RuntimeTest, decodesAndIssues) {
-  EXPECT_EQ(sut.issue(axis, "MoveAbs", moveAbs(510.0, 100.0, 1000.0), world.source, id, world.problem), FctResult::Okay);
+  EXPECT_EQ(sut.issue(axis, {"MoveAbs", moveAbs(510.0, 100.0, 1000.0), world.source}, id, world.problem), FctResult::Okay);
   world.step(200);
   EXPECT_EQ(axis.getCmdState(id), CmdState::DONE);
   EXPECT_EQ(axis.position(), 0.51);
 }
 
 TEST_F(RuntimeTest, triesOutWithoutIssuing) {
-  EXPECT_EQ(sut.tryOut(axis, "MoveAbs", moveAbs(510.0, 100.0, 1000.0), world.source, world.problem), FctResult::Okay);
+  EXPECT_EQ(sut.tryOut(axis, {"MoveAbs", moveAbs(510.0, 100.0, 1000.0), world.source}, world.problem), FctResult::Okay);
   EXPECT_EQ(sut.preparation().alive(), 0U);
-  EXPECT_EQ(sut.tryOut(axis, "MoveAbs", moveAbs(510.0, 0.0, 1000.0), world.source, world.problem),
+  EXPECT_EQ(sut.tryOut(axis, {"MoveAbs", moveAbs(510.0, 0.0, 1000.0), world.source}, world.problem),
             FctResult::InvalidParameter);
   EXPECT_THAT(world.problem, HasSubstr("'velocity' must be above 0"));
 }
@@ -94,11 +94,11 @@ TEST_F(RuntimeTest, refusesParametersThatCannotBeDecoded) {
   const std::vector<std::uint8_t> garbage{0xFF, 0xFF, 0xFF, 0x7F, 1, 2, 3, 4};
   for (const Variant& parameters :
        {Variant(), Variant(1.5), Variant::fromFlatBuffer(garbage), Variant::fromFlatBuffer({})}) {
-    EXPECT_EQ(sut.issue(axis, "MoveAbs", parameters, world.source, id, world.problem), FctResult::InvalidParameter);
+    EXPECT_EQ(sut.issue(axis, {"MoveAbs", parameters, world.source}, id, world.problem), FctResult::InvalidParameter);
     EXPECT_EQ(world.problem, "the parameters of 'MoveAbs' of 'X' could not be decoded (0xF011000F)");
-    EXPECT_EQ(sut.tryOut(axis, "MoveAbs", parameters, world.source, world.problem), FctResult::InvalidParameter);
+    EXPECT_EQ(sut.tryOut(axis, {"MoveAbs", parameters, world.source}, world.problem), FctResult::InvalidParameter);
   }
-  EXPECT_EQ(sut.issue(robot, "MoveAbs", moveAbs(1.0, 1.0, 1.0), world.source, id, world.problem),
+  EXPECT_EQ(sut.issue(robot, {"MoveAbs", moveAbs(1.0, 1.0, 1.0), world.source}, id, world.problem),
             FctResult::NotSupportedByObject);
   EXPECT_EQ(world.problem, "'MoveAbs' is not a command of 'Robot'");
   EXPECT_EQ(id, 4711U);
@@ -110,9 +110,9 @@ TEST_F(RuntimeTest, anExceptionWhileDecodingDoesNotEscape) {
       throw std::runtime_error("no");
     }
   };
-  EXPECT_EQ(sut.issue(axis, "Test", Variant(std::string("A")), world.source, id, world.problem),
+  EXPECT_EQ(sut.issue(axis, {"Test", Variant(std::string("A")), world.source}, id, world.problem),
             FctResult::InvalidParameter);
-  EXPECT_EQ(sut.tryOut(axis, "Test", Variant(std::string("A")), world.source, world.problem), FctResult::InvalidParameter);
+  EXPECT_EQ(sut.tryOut(axis, {"Test", Variant(std::string("A")), world.source}, world.problem), FctResult::InvalidParameter);
   EXPECT_EQ(sut.preparation().alive(), 0U);
 }
 
@@ -142,10 +142,10 @@ TEST_F(RuntimeTest, deletesDecodedParametersThatItOwnsAndNoOthers) {
   for (const bool isGiven : {true, false}) {
     given = isGiven;
     answer = CmdResult::Okay;
-    EXPECT_EQ(sut.issue(axis, "Counted", Variant(), world.source, id, world.problem), FctResult::Okay) << world.problem;
+    EXPECT_EQ(sut.issue(axis, {"Counted", Variant(), world.source}, id, world.problem), FctResult::Okay) << world.problem;
     EXPECT_EQ(CountedLabel::s_count, 1);
     answer = CmdResult::Refused;
-    EXPECT_EQ(sut.issue(axis, "Counted", Variant(), world.source, id, world.problem), FctResult::InvalidParameter);
+    EXPECT_EQ(sut.issue(axis, {"Counted", Variant(), world.source}, id, world.problem), FctResult::InvalidParameter);
     EXPECT_EQ(CountedLabel::s_count, 1);
   }
 }

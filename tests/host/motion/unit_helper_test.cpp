@@ -5,6 +5,7 @@
 
 #include <cmath>
 #include <memory>
+#include <string>
 
 namespace motion::host {
 namespace {
@@ -49,6 +50,29 @@ TEST(UnitHelperTest, takesTheFactorFromTheSettingsThatItIsGiven) {
   inches.entries[0] = {"in", 0.0254};
   EXPECT_DOUBLE_EQ(sut.toInternal(inches, UnitEntry::LENGTH, 10.0), 0.254);
   EXPECT_DOUBLE_EQ(sut.toUser(inches, UnitEntry::LENGTH, 0.254), 10.0);
+}
+
+TEST(UnitHelperTest, hasSettingsForEveryChoice) {
+  constexpr double factors[] = {1e-3, 1.0, 0.0254};
+  for (std::size_t length = 0; length < LENGTH_UNITS.size(); ++length) {
+    for (std::size_t time = 0; time < TIME_UNITS.size(); ++time) {
+      const std::string name(LENGTH_UNITS[length]);
+      const auto units = UnitHelper::settings(static_cast<LengthUnit>(length), static_cast<TimeUnit>(time)).entries;
+      EXPECT_EQ(units[0].name, name);
+      EXPECT_EQ(units[2].name, name + "/s") << "whatever the unit of time";
+      EXPECT_EQ(units[3].name, name + "/s^2");
+      EXPECT_EQ(units[4].name, name + "/s^3");
+      for (const std::size_t entry : {0, 2, 3, 4}) {
+        EXPECT_EQ(units[entry].factor, factors[length]);
+      }
+      EXPECT_EQ(units[6].name, TIME_UNITS[time]);
+      EXPECT_EQ(units[6].factor, time == 0 ? 1.0 : 1e-3);
+      EXPECT_STREQ(units[1].name, "deg");
+      EXPECT_STREQ(units[5].name, "deg/s");
+      EXPECT_DOUBLE_EQ(units[1].factor, PI / 180.0);
+      EXPECT_DOUBLE_EQ(units[5].factor, PI / 180.0);
+    }
+  }
 }
 
 TEST(UnitHelperTest, hasNoNumberForAnEntryThatUnitsDoNotHave) {

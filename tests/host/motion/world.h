@@ -7,6 +7,8 @@
 #include <array>
 #include <chrono>
 #include <cstdint>
+#include <deque>
+#include <span>
 #include <string>
 #include <thread>
 #include <vector>
@@ -14,6 +16,7 @@
 #include "host/motion/events.h"
 #include "host/motion/runtime.h"
 #include "tests/host/motion/scripted_cmd.h"
+#include "tests/host/motion/scripted_option.h"
 
 namespace motion::host::test {
 
@@ -36,6 +39,13 @@ template <typename CONDITION>
   return true;
 }
 
+/// A scripted option that goes with a command.
+struct GivenOption {
+  std::string name;
+  core::cmd::CmdOptPermType permType = core::cmd::CmdOptPermType::ONCE;
+  std::string label;
+};
+
 struct World {
   explicit World(const RuntimeConfig& config = {}) : runtime(config) {
     registerScripted(script, runtime.cmdFactory(), runtime.objFactory());
@@ -46,7 +56,7 @@ struct World {
 
   core::FctResult tryIssue(MotionObject& object, const std::string& label, unsigned long& cmdID) {
     problem.clear();
-    return runtime.preparation().add(object, "Test", Label(label), source, cmdID, problem);
+    return runtime.preparation().add(object, {"Test", Label(label), source}, cmdID, problem);
   }
   /// Issues a scripted command that must be accepted.
   unsigned long issue(MotionObject& object, const std::string& label) {
@@ -60,6 +70,29 @@ struct World {
     EXPECT_EQ(runtime.addCmd(source, object.name().c_str(), cmdType, values, 1, &cmdID), core::FctResult::Okay);
     return cmdID;
   }
+  /// With options; registerOptions comes first.
+  core::FctResult tryIssue(MotionObject& object, const std::string& label, const std::vector<GivenOption>& given,
+                           unsigned long& cmdID) {
+    return withOptions(given, [&](std::span<const OptionRequest> requests) {
+      return runtime.preparation().add(object, {"Test", Label(label), source, requests}, cmdID, problem);
+    });
+  }
+  unsigned long issue(MotionObject& object, const std::string& label, const std::vector<GivenOption>& given) {
+    unsigned long cmdID = 0;
+    EXPECT_EQ(tryIssue(object, label, given, cmdID), core::FctResult::Okay) << problem;
+    return cmdID;
+  }
+  core::FctResult tryOut(MotionObject& object, const std::string& label, const std::vector<GivenOption>& given) {
+    return withOptions(given, [&](std::span<const OptionRequest> requests) {
+      return runtime.preparation().tryOut(object, {"Test", Label(label), source, requests}, problem);
+    });
+  }
+  /// Gives an option without a command.
+  core::FctResult giveOption(MotionObject& object, const GivenOption& given) {
+    Labels values({given.label});
+    return runtime.preparation().addOption(object, {given.name, given.permType, values, source}, problem);
+  }
+  void registerOptions() { registerScriptedOptions(options, runtime.cmdOptionFactory()); }
   void step(unsigned cycles = 1) {
     for (unsigned i = 0; i < cycles; ++i) {
       runtime.step();
@@ -75,12 +108,22 @@ struct World {
   }
 
   Script script;
+  OptionScript options{script};
   EventRing events{1024};
   core::dia::CmdSourceInfo source{"test", "program", 7};
   std::string problem;
   Runtime runtime;
 
  private:
+  template <typename CALL>
+  core::FctResult withOptions(const std::vector<GivenOption>& given, const CALL& call) {
+    std::deque<Labels> values;
+    std::vector<OptionRequest> requests;
+    for (const GivenOption& option : given) {
+      requests.push_back({option.name, option.permType, values.emplace_back(std::vector{option.label}), source});
+    }
+    return call(std::span<const OptionRequest>(requests));
+  }
   MotionObject& add(const std::string& name, core::ObjectType type, double start) {
     MotionObject* object = runtime.addObject(name, type, {start, 0.0, 0.0});
     object->setEvents(&events);

@@ -8,6 +8,7 @@
 #include <memory>
 
 #include "host/motion/builtin/dwell_job.h"
+#include "host/motion/builtin/kin_path_job.h"
 #include "host/motion/builtin/profile_job.h"
 #include "host/motion/setpoint.h"
 #include "motion/core/cmd/cmd_groups.h"
@@ -15,6 +16,8 @@
 #include "motion/core/obj/kin_pose.h"
 #include "schemas/host/cmdDwell_generated.h"
 #include "schemas/host/cmdMoveAbs_generated.h"
+#include "schemas/host/cmdMoveCirc_generated.h"
+#include "schemas/host/cmdMoveLin_generated.h"
 #include "schemas/host/cmdMoveRel_generated.h"
 
 namespace motion::host::builtin {
@@ -48,7 +51,7 @@ struct BuiltinCmdsTest : testing::Test {
   GenericCmdFactory sut{complaints};
 };
 
-TEST_F(BuiltinCmdsTest, registersFourCommands) {
+TEST_F(BuiltinCmdsTest, registersSixCommands) {
   std::vector<std::string> names;
   for (const auto& entry : sut.all()) {
     names.push_back((entry->id.objectType == ObjectType::AXIS ? "axis " : "kinematics ") + entry->id.name);
@@ -56,12 +59,16 @@ TEST_F(BuiltinCmdsTest, registersFourCommands) {
     EXPECT_TRUE(entry->visible);
     EXPECT_FALSE(entry->description.empty());
   }
-  EXPECT_THAT(names, ElementsAre("axis Dwell", "axis MoveAbs", "axis MoveRel", "kinematics Dwell"));
+  EXPECT_THAT(names, ElementsAre("axis Dwell", "axis MoveAbs", "axis MoveRel", "kinematics Dwell", "kinematics MoveCirc",
+                                 "kinematics MoveLin"));
 }
 
 TEST_F(BuiltinCmdsTest, commandsBelongToGroups) {
   EXPECT_THAT(sut.find({ObjectType::AXIS, "MoveAbs"})->groups, ElementsAre(core::cmd::axs::GROUP_MOTION_COMMANDS));
   EXPECT_THAT(sut.find({ObjectType::AXIS, "MoveRel"})->groups, ElementsAre(core::cmd::axs::GROUP_MOTION_COMMANDS));
+  for (const char* name : {"MoveLin", "MoveCirc"}) {
+    EXPECT_THAT(sut.find({ObjectType::KINEMATICS, name})->groups, ElementsAre(core::cmd::kin::GROUP_MOTION_COMMANDS));
+  }
   EXPECT_THAT(sut.find({ObjectType::AXIS, "Dwell"})->groups, ElementsAre(core::cmd::axs::GROUP_NON_MOTION_COMMANDS));
   EXPECT_THAT(sut.find({ObjectType::KINEMATICS, "Dwell"})->groups, ElementsAre(core::cmd::kin::GROUP_NON_MOTION_COMMANDS));
 }
@@ -79,6 +86,9 @@ TEST_F(BuiltinCmdsTest, schemasDescribeTheParameters) {
   };
   EXPECT_THAT(fieldsOf({ObjectType::AXIS, "MoveAbs"}), ElementsAre("acceleration", "to", "velocity"));
   EXPECT_THAT(fieldsOf({ObjectType::AXIS, "MoveRel"}), ElementsAre("acceleration", "by", "velocity"));
+  EXPECT_THAT(fieldsOf({ObjectType::KINEMATICS, "MoveLin"}),
+              ElementsAre("acceleration", "blending", "to", "velocity", "via"));
+  EXPECT_THAT(fieldsOf({ObjectType::KINEMATICS, "MoveCirc"}), ElementsAre("acceleration", "to", "velocity", "via"));
   EXPECT_THAT(fieldsOf({ObjectType::AXIS, "Dwell"}), ElementsAre("time"));
   EXPECT_THAT(fieldsOf({ObjectType::KINEMATICS, "Dwell"}), ElementsAre("time"));
 }
@@ -102,6 +112,45 @@ TEST_F(BuiltinCmdsTest, decodesParameters) {
   const auto dwell = decode({ObjectType::KINEMATICS, "Dwell"}, finish(wait, fbs::CreateCmdDwell(wait, 0.5)));
   ASSERT_NE(DwellPars::safeCast(dwell.get()), nullptr);
   EXPECT_EQ(DwellPars::safeCast(dwell.get())->get().time, 0.5);
+}
+
+TEST_F(BuiltinCmdsTest, decodesMovesOfAKinematics) {
+  const std::vector<double> to{1, 2, 3};
+  const std::vector<double> via{4, 5, 6, 7, 8, 9};
+  flatbuffers::FlatBufferBuilder lin;
+  const auto moveLin = decode({ObjectType::KINEMATICS, "MoveLin"},
+                              finish(lin, fbs::CreateCmdMoveLinDirect(lin, &to, &via, 10.0, 11.0, 12.0)));
+  ASSERT_NE(KinMovePars::safeCast(moveLin.get()), nullptr);
+  const KinMoveParsT line = KinMovePars::safeCast(moveLin.get())->get();
+  EXPECT_EQ(line.to, to);
+  EXPECT_EQ(line.via, via);
+  EXPECT_EQ(line.blending, 10.0);
+  EXPECT_EQ(line.velocity, 11.0);
+  EXPECT_EQ(line.acceleration, 12.0);
+
+  flatbuffers::FlatBufferBuilder circ;
+  const auto moveCirc =
+      decode({ObjectType::KINEMATICS, "MoveCirc"}, finish(circ, fbs::CreateCmdMoveCircDirect(circ, &via, &to, 11.0, 12.0)));
+  ASSERT_NE(KinMovePars::safeCast(moveCirc.get()), nullptr);
+  const KinMoveParsT arc = KinMovePars::safeCast(moveCirc.get())->get();
+  EXPECT_EQ(arc.to, to);
+  EXPECT_EQ(arc.via, via);
+  EXPECT_EQ(arc.blending, 0.0);
+  EXPECT_EQ(arc.velocity, 11.0);
+  EXPECT_EQ(arc.acceleration, 12.0);
+}
+
+TEST_F(BuiltinCmdsTest, decodesMovesWithNothingGiven) {
+  for (const char* name : {"MoveLin", "MoveCirc"}) {
+    flatbuffers::FlatBufferBuilder builder;
+    const auto move = decode({ObjectType::KINEMATICS, name}, finish(builder, fbs::CreateCmdMoveLin(builder)));
+    ASSERT_NE(KinMovePars::safeCast(move.get()), nullptr);
+    const KinMoveParsT values = KinMovePars::safeCast(move.get())->get();
+    EXPECT_TRUE(values.to.empty() && values.via.empty());
+    EXPECT_EQ(values.blending, 0.0);
+    EXPECT_EQ(values.velocity, 100.0);
+    EXPECT_EQ(values.acceleration, 1000.0);
+  }
 }
 
 TEST_F(BuiltinCmdsTest, refusesParametersThatAreNoValidBuffer) {
@@ -140,10 +189,12 @@ TEST_F(BuiltinCmdsTest, namesItsJobData) {
   EXPECT_EQ(ids.getID("ICmdPtr"), core::cmd::ICmdPtr::getMyID());
   EXPECT_EQ(ids.getID("KinPose"), core::KinPose::getMyID());
   EXPECT_EQ(ids.getID("DwellJobPars"), DwellJobPars::getMyID());
+  EXPECT_EQ(ids.getID("KinPathPars"), KinPathPars::getMyID());
+  EXPECT_EQ(ids.getID("KinSetpoint"), KinSetpoint::getMyID());
 }
 
 TEST_F(BuiltinCmdsTest, registersTheJobObjects) {
-  for (const char* name : {"host_axis_profile", "host_dwell"}) {
+  for (const char* name : {"host_axis_profile", "host_dwell", "host_kin_path"}) {
     core::job::IJobObject* job = nullptr;
     ASSERT_EQ(objFactory.createObj(name, 0, job), core::ObjFactoryResult::Okay);
     const std::unique_ptr<core::job::IJobObject> owned(job);
