@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 
 #include "host/motion/events.h"
+#include "host/observe/triggers_json.h"
 #include "host/observe/wait_json.h"
 
 namespace motion::host::observe {
@@ -44,6 +45,7 @@ Json commandJson(const RunRecord& record, const CmdRecord& command) {
   Json json{{"number", command.number},
             {"name", command.name},
             {"parameters", command.parameters},
+            {"options", command.options},
             {"line", command.line},
             {"state", stateName(command.state)},
             {"buffered", cycleOrNull(command.buffered)},
@@ -67,10 +69,11 @@ Json commandJson(const RunRecord& record, const CmdRecord& command) {
 Json objectJson(const RunRecord& record, const ObjectRecord& object) {
   const bool isAxis = object.type == core::ObjectType::AXIS;
   Json json{{"name", object.name}, {"type", isAxis ? "axis" : "kinematics"}};
-  if (isAxis) {
-    json["start"] = object.startPosition * 1e3;
-    json["end"] = object.endPosition * 1e3;
-  }
+  const auto position = [isAxis](const Point& point) {
+    return isAxis ? Json(point[0] * 1e3) : Json::array({point[0] * 1e3, point[1] * 1e3, point[2] * 1e3});
+  };
+  json["start"] = position(object.startPosition);
+  json["end"] = position(object.endPosition);
   json["commands"] = Json::array();
   for (const CmdRecord& command : object.commands) {
     json["commands"].push_back(commandJson(record, command));
@@ -93,8 +96,10 @@ std::string jsonReport(const RunRecord& record) {
             {"objects", Json::array()},
             {"signals", Json::array()},
             {"joins", joinsJson(record)},
+            {"triggers", triggersJson(record)},
             {"waits", waitsJson(record)},
             {"expectations", Json::array()},
+            {"diagnoses", Json::array()},
             {"messages", record.messages}};
   for (const ObjectRecord& object : record.objects) {
     json["objects"].push_back(objectJson(record, object));
@@ -106,6 +111,13 @@ std::string jsonReport(const RunRecord& record) {
                                {"name", named ? Json(record.signalNames[change.signal]) : Json(nullptr)},
                                {"value", change.value},
                                {"by", author(record, change.object, change.number)}});
+  }
+  for (const DiagnosisRecord& diagnosis : record.diagnoses) {
+    json["diagnoses"].push_back({{"object", record.objects.at(diagnosis.object).name},
+                                 {"line", diagnosis.line},
+                                 {"mainCode", diagnosis.mainCode},
+                                 {"detailCode", diagnosis.detailCode},
+                                 {"text", diagnosis.text}});
   }
   for (const ExpectationRecord& expectation : record.expectations) {
     json["expectations"].push_back({{"text", expectation.text},

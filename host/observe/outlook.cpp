@@ -12,6 +12,9 @@ class Outlook {
       : m_objects(objects), m_signals(signals), m_taken(objects.size(), 0) {}
 
   std::vector<std::size_t> run() {
+    for (std::size_t object = 0; object < m_objects.size(); ++object) {
+      arrive(object);
+    }
     bool hasMoved = true;
     while (hasMoved) {
       hasMoved = false;
@@ -57,7 +60,21 @@ class Outlook {
     } else if (step.kind == SyncKind::RESETS || step.consumes) {
       m_signals.at(step.signal).reset = true;
     }
+    leave(object);
+  }
+
+  void leave(std::size_t object) {
     ++m_taken[object];
+    arrive(object);
+  }
+
+  /// Options do their work whether or not the command that they accompany comes to an end.
+  void arrive(std::size_t object) {
+    if (const SyncStep* const step = current(object); step != nullptr) {
+      for (const OptionEffect& effect : step->options) {
+        (effect.sets ? m_signals.at(effect.signal).set : m_signals.at(effect.signal).reset) = true;
+      }
+    }
   }
 
   bool completeJoins() {
@@ -65,7 +82,7 @@ class Outlook {
       const SyncStep* const step = current(object);
       if (step != nullptr && step->kind == SyncKind::JOINS && isComplete(*step)) {
         for (const std::uint32_t member : step->group) {
-          ++m_taken[member];
+          leave(member);
         }
         return true;
       }

@@ -20,7 +20,7 @@ Recorder::Recorder(SignalWatch& watch, RunRecord& record) : m_watch(watch), m_re
 void Recorder::attach(std::span<const std::unique_ptr<MotionObject>> objects) {
   for (const auto& object : objects) {
     object->setEvents(&m_events);
-    m_record.objects.push_back({object->name(), object->type(), object->position(), object->position(), {}});
+    m_record.objects.push_back({object->name(), object->type(), object->pose(), object->pose(), {}});
   }
   m_issued.resize(objects.size());
   m_lastActive.resize(objects.size());
@@ -38,6 +38,7 @@ void Recorder::setProgram(std::uint32_t object, std::vector<CmdDescription> prog
     command.number = commands.size() + 1;
     command.name = std::move(description.name);
     command.parameters = std::move(description.parameters);
+    command.options = std::move(description.options);
     command.line = description.line;
     command.waits = description.waits;
     command.waitsFor = std::move(description.waitsFor);
@@ -62,7 +63,7 @@ void Recorder::afterObjects(std::uint64_t cycle) noexcept {
     if (probe.isSignal) {
       probe.value = m_watch.value(probe.signal);
     } else {
-      probe.position = probe.object->position();
+      probe.position = probe.object->pose();
     }
   }
 }

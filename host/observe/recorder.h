@@ -19,6 +19,7 @@ namespace motion::host::observe {
 struct CmdDescription {
   std::string name;
   std::string parameters;
+  std::vector<std::string> options;  ///< that the user has written at the command
   std::size_t line = 0;
   bool waits = false;
   std::string waitsFor;
@@ -34,7 +35,7 @@ struct Probe {
   const MotionObject* object = nullptr;
   bool taken = false;
   bool value = false;
-  double position = 0.0;  ///< [m]
+  Point position{};  ///< of an axis the first of the three
 };
 
 /// Collects from two sides, the cyclic thread (ICycleObserver, through a ring) and preparation (ICmdListener, through a

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "host/motion/setpoint.h"
 #include "host/observe/sync_step.h"
 #include "motion/core/cmd/cmd_state.h"
 #include "motion/core/object_type.h"
@@ -20,6 +21,7 @@ struct CmdRecord {
   std::size_t number = 0;  ///< place among the object's commands, from 1
   std::string name;
   std::string parameters;               ///< as the user wrote them
+  std::vector<std::string> options;     ///< that stand at the command, likewise
   std::size_t line = 0;                 ///< in the scenario file, 0 = unknown
   bool waits = false;                   ///< a command that only waits for others
   std::string waitsFor;                 ///< in words; empty when it is not known
@@ -56,9 +58,56 @@ struct StepRecord {
 struct ObjectRecord {
   std::string name;
   core::ObjectType type = core::ObjectType::AXIS;
-  double startPosition = 0.0;  ///< [m]
-  double endPosition = 0.0;    ///< [m]
+  Point startPosition{};  ///< of an axis the first of the three
+  Point endPosition{};
   std::vector<CmdRecord> commands;
+};
+
+/// A switching condition of an option, and what became of it. Points and distances in [m].
+struct TriggerRecord {
+  /// One look at it, at the end of a cycle.
+  struct Look {
+    std::uint64_t cycle = 0;
+    std::size_t number = 0;  ///< the object's command
+    Point position{};        ///< of the tool
+    double distance = 0.0;   ///< of the tool, or of the point ahead of it, to the target
+    double toolDistance = 0.0;
+  };
+  /// Where the path came nearest to the target between two cycles.
+  struct Pass {
+    std::uint64_t cycle = 0;  ///< the later of the two
+    double distance = 0.0;
+    double speed = 0.0;   ///< of the tool [m/s]
+    bool isLeap = false;  ///< the point moved on by the pre-trigger time too: before that, it was not ahead of the tool
+  };
+  /// A command that carried it.
+  struct Carrier {
+    std::size_t number = 0;
+    std::uint64_t cycle = 0;  ///< the first in which it was looked at, 0 = it did not come to that
+  };
+
+  std::uint32_t object = 0;
+  std::size_t line = 0;  ///< of the option in the scenario file, 0 = unknown
+  std::uint32_t signal = 0;
+  bool sets = true;  ///< else it resets
+  Point target{};
+  double radius = 0.0;
+  double preTriggerTime = 0.0;    ///< [s]
+  std::vector<Carrier> carriers;  ///< the first armed it, the others took it over
+  std::optional<Look> fired;
+  std::optional<Look> entered;  ///< the tool itself was first seen in the sphere, at the earliest when it fired
+  std::optional<Look> nearest;  ///< of all looks before it fired
+  std::optional<Pass> nearestPass;
+  bool isSpent = false;  ///< it fired, though its signal could not be switched
+};
+
+/// What a component told the user of an object.
+struct DiagnosisRecord {
+  std::uint32_t object = 0;
+  std::uint32_t mainCode = 0;
+  std::uint32_t detailCode = 0;
+  std::size_t line = 0;  ///< of the command or option, 0 = unknown
+  std::string text;
 };
 
 struct ExpectationRecord {
@@ -84,6 +133,8 @@ struct RunRecord {
   std::vector<ObjectRecord> objects;
   std::vector<SignalRecord> signals;
   std::vector<StepRecord> steps;
+  std::vector<TriggerRecord> triggers;  ///< in the order in which they were armed
+  std::vector<DiagnosisRecord> diagnoses;
   std::vector<ExpectationRecord> expectations;
   std::vector<std::string> messages;  ///< warnings and errors that the component traced
   std::vector<std::string> failures;  ///< commands that failed although nobody expected it

@@ -6,6 +6,7 @@
 #include <iterator>
 
 #include "host/observe/joins.h"
+#include "host/observe/triggers_text.h"
 
 namespace motion::host::observe {
 
@@ -26,7 +27,9 @@ class Report {
       objectSection(object);
     }
     signalSection();
-    joinSection();
+    section("Joins", joinsText(m_record));
+    section("Triggers", triggersText(m_record));
+    diagnosisSection();
     messageSection();
     expectationSection();
     return std::move(m_text);
@@ -54,9 +57,10 @@ class Report {
   void objectSection(const ObjectRecord& object) {
     line("");
     if (object.type == core::ObjectType::AXIS) {
-      line("{} (axis), from {:.3f} mm to {:.3f} mm", object.name, object.startPosition * 1e3, object.endPosition * 1e3);
+      line("{} (axis), from {:.3f} mm to {:.3f} mm", object.name, object.startPosition[0] * 1e3,
+           object.endPosition[0] * 1e3);
     } else {
-      line("{} (kinematics)", object.name);
+      line("{} (kinematics), from {} to {}", object.name, pointText(object.startPosition), pointText(object.endPosition));
     }
     if (object.commands.empty()) {
       line("  nothing to do");
@@ -67,6 +71,9 @@ class Report {
     }
     for (const CmdRecord& command : object.commands) {
       line("  #{:<3} {:<{}}  {}", command.number, callText(command), std::min(width, WIDEST_CALL), outcome(command));
+      for (const std::string& option : command.options) {
+        line("       with {}", option);
+      }
     }
   }
 
@@ -146,11 +153,23 @@ class Report {
     }
   }
 
-  void joinSection() {
-    if (const std::string joins = joinsText(m_record); !joins.empty()) {
+  void section(const char* title, const std::string& text) {
+    if (!text.empty()) {
       line("");
-      line("Joins");
-      m_text += joins;
+      line("{}", title);
+      m_text += text;
+    }
+  }
+
+  void diagnosisSection() {
+    if (!m_record.diagnoses.empty()) {
+      line("");
+      line("Diagnoses");
+    }
+    for (const DiagnosisRecord& diagnosis : m_record.diagnoses) {
+      line("  {}{}: {} (0x{:08X}, 0x{:08X})", m_record.objects.at(diagnosis.object).name,
+           diagnosis.line != 0 ? fmt::format(" (line {})", diagnosis.line) : "", diagnosis.text, diagnosis.mainCode,
+           diagnosis.detailCode);
     }
   }
 
@@ -228,6 +247,10 @@ std::string eventList(const RunRecord& record) {
     }
   }
   return text;
+}
+
+std::string pointText(const Point& point) {
+  return fmt::format("[{:.3f}, {:.3f}, {:.3f}] mm", point[0] * 1e3, point[1] * 1e3, point[2] * 1e3);
 }
 
 std::string milliseconds(double seconds) {

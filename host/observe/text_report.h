@@ -13,6 +13,9 @@ namespace motion::host::observe {
 /// One line for each step in the order in which it happened: "     1  Feeder#1 MoveAbs active". Repeatable in virtual time.
 [[nodiscard]] std::string eventList(const RunRecord& record);
 
+/// "[400.000, 0.000, 100.000] mm"
+[[nodiscard]] std::string pointText(const Point& point);
+
 /// A duration with three digits after the point [ms], "12.000 ms".
 [[nodiscard]] std::string milliseconds(double seconds);
 

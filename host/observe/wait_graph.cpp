@@ -39,13 +39,17 @@ const CmdRecord* currentOf(const ObjectRecord& object) {
   return found != object.commands.end() ? &*found : nullptr;
 }
 
-bool wouldRelease(const SyncStep& step, const SyncStep& wait) {
-  if (step.signal != wait.signal) {
-    return false;
+/// What a command has yet to do. The options of one that has begun have done their work, unless it lies on the path.
+SyncStep ahead(const CmdRecord& command) {
+  SyncStep step = command.sync;
+  if (command.state == CmdState::ACTIVE) {
+    std::erase_if(step.options, [](const OptionEffect& effect) { return !effect.onPath; });
   }
-  return wait.kind == SyncKind::WAITS_SET
-             ? step.kind == SyncKind::SETS
-             : step.kind == SyncKind::RESETS || (step.kind == SyncKind::WAITS_SET && step.consumes);
+  return step;
+}
+
+bool wouldRelease(const SyncStep& step, const SyncStep& wait) {
+  return wait.kind == SyncKind::WAITS_SET ? step.maySet(wait.signal) : step.mayReset(wait.signal);
 }
 
 class Builder {
@@ -84,7 +88,7 @@ class Builder {
     for (const ObjectRecord& object : m_record.objects) {
       for (const CmdRecord* const command : remaining(object)) {
         // What stands behind the wait in the same buffer cannot help it.
-        if (command->object != wait.object && wouldRelease(command->sync, wait.step)) {
+        if (command->object != wait.object && wouldRelease(ahead(*command), wait.step)) {
           wait.releasers.push_back({command->object, command->number});
           break;
         }
@@ -128,7 +132,8 @@ class Builder {
     std::vector<RemainingSteps> objects;
     for (const ObjectRecord& object : m_record.objects) {
       RemainingSteps& steps = objects.emplace_back();
-      std::ranges::transform(remaining(object), std::back_inserter(steps), &CmdRecord::sync);
+      std::ranges::transform(remaining(object), std::back_inserter(steps),
+                             [](const CmdRecord* command) { return ahead(*command); });
     }
     SignalOutlook written;
     written.fill({true, true});

@@ -23,6 +23,13 @@ std::string refText(const CommandRef& ref) {
   return fmt::format("{}#{}", ref.object, ref.number);
 }
 
+/// [mm]
+std::string positionText(core::ObjectType type, const Point& position) {
+  return type == core::ObjectType::KINEMATICS
+             ? fmt::format("[{:.6g}, {:.6g}, {:.6g}]", position[0] * 1e3, position[1] * 1e3, position[2] * 1e3)
+             : fmt::format("{:.6g}", position[0] * 1e3);
+}
+
 class Judge {
  public:
   Judge(const scenario::Scenario& scenario, const std::vector<Probe>& probes, const ObjMgr& objects,
@@ -45,9 +52,10 @@ class Judge {
     if (!position) {
       return notReached(expected.at);
     }
-    return std::abs(*position - expected.position) <= expected.tolerance
+    return distance(*position, expected.position) <= expected.tolerance
                ? ""
-               : fmt::format("{} was at {:.6g} mm", expected.object, *position * 1e3);
+               : fmt::format("{} was at {} mm", expected.object,
+                             positionText(m_objects.find(expected.object.c_str())->type(), *position));
   }
 
   std::string operator()(const scenario::ExpectSameCycle& expected) {
@@ -88,10 +96,10 @@ class Judge {
     return probe != nullptr ? std::optional(probe->value) : std::nullopt;
   }
 
-  [[nodiscard]] std::optional<double> positionAt(const scenario::ExpectPosition& expected) const {
+  [[nodiscard]] std::optional<Point> positionAt(const scenario::ExpectPosition& expected) const {
     const MotionObject* object = m_objects.find(expected.object.c_str());
     if (expected.at.end) {
-      return object->position();
+      return object->pose();
     }
     const Probe* probe = probeFor(expected.at, false, 0, object);
     return probe != nullptr ? std::optional(probe->position) : std::nullopt;

@@ -19,7 +19,8 @@ bool hasErrors(const scenario::Problems& problems) {
 /// Plays in an open session.
 void playIn(Session& session, const scenario::Scenario& scenario, const PlayOptions& options, PlayResult& result) {
   for (const scenario::ObjectDef& object : scenario.objects) {
-    session.runtime().addObject(object.name, object.type, object.start);
+    session.runtime().addObject(object.name, object.type, object.start,
+                                UnitHelper::settings(object.lengthUnit, object.timeUnit));
   }
   ProgramResult program = prepareProgram(scenario, session.runtime(), [&session] { return session.takeMessages(); });
   result.problems.insert(result.problems.end(), program.problems.begin(), program.problems.end());

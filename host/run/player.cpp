@@ -67,6 +67,7 @@ bool Player::connect(std::string& problem) {
   m_recorder.setProbes(std::move(probes));
   m_runtime.cycle().setObserver(&m_recorder);
   m_runtime.preparation().setListener(&m_recorder);
+  m_runtime.preparation().setWatch(&m_triggers);
   return true;
 }
 
@@ -157,7 +158,7 @@ void Player::feedPrograms() {
       const ProgramCall& call = feed.program.calls[feed.next];
       unsigned long cmdID = 0;
       std::string problem;
-      const auto result = m_runtime.issue(*feed.program.object, call.name, call.parameters, call.source, cmdID, problem);
+      const auto result = m_runtime.issue(*feed.program.object, call.encoded(), cmdID, problem);
       if (result == core::FctResult::TooManyCommands) {
         break;  // the rest follows when the buffer has room
       }
@@ -234,14 +235,26 @@ void Player::finish() {
   m_recorder.drain();
   m_record.cycles = m_runtime.cycle().ended();
   for (std::size_t i = 0; i < m_record.objects.size(); ++i) {
-    m_record.objects[i].endPosition = m_runtime.objMgr().objects()[i]->position();
+    m_record.objects[i].endPosition = m_runtime.objMgr().objects()[i]->pose();
   }
   judge(m_scenario, m_recorder.probes(), m_runtime.objMgr(), m_watch, m_record);
+  m_triggers.report(m_record);
+  noteDiagnoses();
   m_record.messages = m_session.takeMessages();
   m_runtime.cycle().setObserver(nullptr);
   m_runtime.stopCommands();
   m_runtime.preparation().setListener(nullptr);
+  m_runtime.preparation().setWatch(nullptr);
   m_watch.close();
+}
+
+void Player::noteDiagnoses() {
+  for (const auto& object : m_runtime.objMgr().objects()) {
+    for (const Diagnosis& diagnosis : object->diaLog().all()) {
+      m_record.diagnoses.push_back(
+          {object->index(), diagnosis.mainCode, diagnosis.detailCode, diagnosis.source.line, diagnosis.text});
+    }
+  }
 }
 
 }  // namespace motion::host::run

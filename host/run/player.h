@@ -8,6 +8,7 @@
 
 #include "host/observe/recorder.h"
 #include "host/observe/run_record.h"
+#include "host/observe/trigger_watch.h"
 #include "host/run/program.h"
 #include "host/run/session.h"
 #include "host/scenario/scenario.h"
@@ -40,8 +41,8 @@ class Player {
   void playVirtual();
   /// Plays in real time.
   void playReal(const Watch& watch);
-  /// A run without any event for that many cycles is given up, if nobody is busy and nothing is to come from outside. Without
-  /// it a quarter of a second in real time. Before play.
+  /// A run without any event for that many cycles is given up, if nobody is busy and nothing is to come from outside.
+  /// Without it a quarter of a second in real time. Before play.
   void setStuckAfter(std::uint64_t cycles) noexcept { m_stuckAfter = cycles; }
   /// The run, after play.
   [[nodiscard]] const observe::RunRecord& record() const noexcept { return m_record; }
@@ -63,6 +64,7 @@ class Player {
   [[nodiscard]] std::string whoWaits() const;
   [[nodiscard]] Progress progress(std::uint64_t cycle) const;
   void finish();
+  void noteDiagnoses();
 
   Session& m_session;
   const scenario::Scenario& m_scenario;
@@ -70,6 +72,7 @@ class Player {
   observe::RunRecord m_record;
   observe::SignalWatch m_watch;
   observe::Recorder m_recorder;
+  observe::TriggerWatch m_triggers;
   std::vector<Feed> m_feeds;
   std::vector<scenario::OutsideEvent> m_outside;  ///< in order of time
   std::size_t m_nextOutside = 0;

@@ -5,8 +5,10 @@
 #include <algorithm>
 #include <string_view>
 
+#include "host/motion/unit_helper.h"
 #include "host/run/sync_steps.h"
 #include "host/scenario/parameter_encoder.h"
+#include "host/scenario/parameter_reader.h"
 #include "host/scenario/words.h"
 
 namespace motion::host::run {
@@ -26,46 +28,59 @@ class Preparer {
     for (const scenario::ObjectProgram& program : m_scenario.programs) {
       ObjectCalls calls;
       calls.object = m_runtime.objMgr().find(program.object.c_str());
+      m_runtime.preparation().forgetTriedPaths(*calls.object);
+      ProgramOptions options(m_runtime, *calls.object, m_scenario.file);
       for (const CommandCall& call : program.commands) {
-        prepareCall(*calls.object, call, calls.calls);
+        prepareCall(*calls.object, call, options, calls.calls);
       }
+      m_runtime.preparation().forgetTriedPaths(*calls.object);
       m_result.programs.push_back(std::move(calls));
     }
     return std::move(m_result);
   }
 
  private:
-  void prepareCall(MotionObject& object, const CommandCall& call, std::vector<ProgramCall>& calls) {
+  void prepareCall(MotionObject& object, const CommandCall& call, ProgramOptions& options, std::vector<ProgramCall>& calls) {
     const auto entry = m_runtime.cmdFactory().find({object.type(), call.name});
     if (entry == nullptr) {
       unknownCommand(object, call);
       return;
     }
-    if (!call.options.empty()) {
-      problem(call.options.front().mark,
-              fmt::format("option {} is not known", scenario::inQuotes(call.options.front().name)),
-              "no option can be used with this bundle");
-      return;
-    }
     auto encoded = scenario::encodeParameters(entry->schema, call.parameters, call.name, call.mark, m_scenario.file);
     m_result.problems.insert(m_result.problems.end(), encoded.problems.begin(), encoded.problems.end());
-    if (!encoded.data) {
+    const std::vector<ReadyOption> given = options.encode(call, *entry, m_result.problems);
+    if (!encoded.data || given.size() != call.options.size()) {
       return;
     }
-    const observe::SyncStep sync = syncStepOf(*entry, call.parameters, object, m_runtime.objMgr());
+    options.follow(given, *entry);
+    observe::SyncStep sync = syncStepOf(*entry, call.parameters, object, m_runtime.objMgr());
     if (sync.kind == observe::SyncKind::JOINS && sync.group.size() == 1 && !isGroupEmpty(call.parameters)) {
       problem(call.mark, fmt::format("'{}' of '{}' names nobody but '{}' itself", call.name, object.name(), object.name()),
               "name in 'group' the objects to join with");
       return;
     }
-    ProgramCall ready{call.name,
-                      std::move(*encoded.data),
-                      {"scenario", m_scenario.file, static_cast<std::uint32_t>(call.mark.line)},
-                      describe(object, call, sync),
-                      call.mark};
+    sync.options = options.effects();
+    ProgramCall ready;
+    ready.name = call.name;
+    ready.parameters = std::move(*encoded.data);
+    ready.source = {"scenario", m_scenario.file, static_cast<std::uint32_t>(call.mark.line)};
+    ready.description = describe(object, call, sync);
+    ready.mark = call.mark;
+    ready.velocity = velocityOf(object, *entry, ready.parameters);
+    ready.conditions = options.conditions();
+    for (const ReadyOption& option : given) {
+      ready.options.push_back(option.encoded);
+      ready.description.options.push_back(option.text);
+    }
     if (tryOut(object, call, ready)) {
       calls.push_back(std::move(ready));
     }
+  }
+
+  [[nodiscard]] static double velocityOf(const MotionObject& object, const CmdEntry& entry,
+                                         const comm::datalayer::Variant& parameters) {
+    const double velocity = scenario::ParameterReader(entry.schema, parameters).number("velocity").value_or(0.0);
+    return UnitHelper().toInternal(object.getUnitSettings(), core::UnitEntry::VELOCITY, velocity);
   }
 
   void unknownCommand(MotionObject& object, const CommandCall& call) {
@@ -85,12 +100,22 @@ class Preparer {
   bool tryOut(MotionObject& object, const CommandCall& call, const ProgramCall& ready) {
     static_cast<void>(m_takeMessages());
     std::string refusal;
-    if (!core::isFailure(m_runtime.tryOut(object, ready.name, ready.parameters, ready.source, refusal))) {
+    if (!core::isFailure(m_runtime.tryOut(object, ready.encoded(), refusal))) {
       return true;
     }
     const std::vector<std::string> said = m_takeMessages();
-    problem(call.mark, refusal, said.empty() ? "" : fmt::format("the component says: {}", fmt::join(said, "; ")));
+    problem(markOf(call, refusal), refusal,
+            said.empty() ? "" : fmt::format("the component says: {}", fmt::join(said, "; ")));
     return false;
+  }
+
+  /// Where the option stands that a refusal names, if it does so beyond doubt; else where the command stands.
+  [[nodiscard]] static const scenario::Mark& markOf(const CommandCall& call, const std::string& refusal) {
+    const auto isNamed = [&refusal](const scenario::OptionCall& option) {
+      return refusal.find(fmt::format("option '{}'", option.name)) != std::string::npos;
+    };
+    const auto found = std::ranges::find_if(call.options, isNamed);
+    return std::ranges::count_if(call.options, isNamed) == 1 ? found->mark : call.mark;
   }
 
   [[nodiscard]] observe::CmdDescription describe(const MotionObject& object, const CommandCall& call,

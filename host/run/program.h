@@ -8,6 +8,7 @@
 #include "comm/datalayer/variant.h"
 #include "host/motion/runtime.h"
 #include "host/observe/recorder.h"
+#include "host/run/program_options.h"
 #include "host/scenario/scenario.h"
 
 namespace motion::host::run {
@@ -17,8 +18,14 @@ struct ProgramCall {
   std::string name;
   comm::datalayer::Variant parameters;
   core::dia::CmdSourceInfo source;
+  std::vector<EncodedOption> options;  ///< that stand at the command
   observe::CmdDescription description;
   scenario::Mark mark;
+  double velocity = 0.0;                  ///< [m/s] that the command asks for, 0 = none
+  std::vector<PathCondition> conditions;  ///< of all options that accompany the command
+
+  /// For the duration of a call.
+  [[nodiscard]] EncodedCmd encoded() const noexcept { return {name, parameters, source, options}; }
 };
 
 struct ObjectCalls {

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cmath>
 #include <iterator>
 #include <map>
 #include <optional>
@@ -36,6 +37,12 @@ struct Place {
   }
 };
 
+/// To the six digits that are shown.
+double roundedUp(double value) {
+  const double digit = std::pow(10.0, std::floor(std::log10(value)) - 5.0);
+  return std::ceil(value / digit * (1.0 - 1e-12)) * digit;
+}
+
 class Checker {
  public:
   Checker(const scenario::Scenario& scenario, std::span<const ObjectCalls> programs)
@@ -56,6 +63,7 @@ class Checker {
         checkSetter(place);
         checkResetter(place);
         checkShortSignal(place);
+        checkSpheres(place);
       }
     }
     checkJoinCounts();
@@ -127,25 +135,18 @@ class Checker {
   }
 
   void checkSetter(const Place& place) {
-    const auto sets = [&place](const SyncStep& step) {
-      return step.kind == SyncKind::SETS && step.signal == place.step().signal;
-    };
+    const auto sets = [&place](const SyncStep& step) { return step.maySet(place.step().signal); };
     if (place.step().kind == SyncKind::WAITS_SET && !isWrittenFromOutside(place.step().signal, true) &&
-        !firstOfOthers(place.program, sets) && !lastAhead(place, sets)) {
+        !firstOfOthers(place.program, sets) && !lastAhead(place, sets) && !sets(place.step())) {
       findEndlessWait(place, fmt::format("nobody sets {}", place.call().description.waitsFor),
                       "set it in the program of another object, or under 'outside'");
-      mended(place) = {};
+      mended(place).kind = SyncKind::NONE;
     }
   }
 
   void checkResetter(const Place& place) {
-    const auto resets = [&place](const SyncStep& step) {
-      return step.signal == place.step().signal &&
-             (step.kind == SyncKind::RESETS || (step.kind == SyncKind::WAITS_SET && step.consumes));
-    };
-    const auto writes = [&](const SyncStep& step) {
-      return resets(step) || (step.kind == SyncKind::SETS && step.signal == place.step().signal);
-    };
+    const auto resets = [&place](const SyncStep& step) { return step.mayReset(place.step().signal); };
+    const auto writes = [&](const SyncStep& step) { return resets(step) || step.maySet(place.step().signal); };
     if (place.step().kind != SyncKind::WAITS_RESET || isWrittenFromOutside(place.step().signal, false) ||
         firstOfOthers(place.program, resets)) {
       return;
@@ -174,6 +175,27 @@ class Checker {
            fmt::format("{} and {} keep signal {} set for one cycle only; {} misses it unless it waits already", place.text(),
                        next.text(), step.signal, waiter->text()),
            "let the waiting command reset the signal (autoReset), or wait for an answer before resetting it");
+    }
+  }
+
+  /// A tool that covers more than a sphere in one cycle may be in it in no cycle at all.
+  void checkSpheres(const Place& place) {
+    const double travel = place.call().velocity * m_scenario.cycleTime;
+    const double least = travel / 2.0 * 1e3;
+    for (const PathCondition& condition : place.call().conditions) {
+      // Whoever writes the least radius is right, though the two numbers come about in different ways.
+      const bool isSmall = condition.radius * 1e3 < least * (1.0 - 1e-9);
+      if (isSmall && m_smallSpheres.emplace(condition.mark.line, condition.mark.column).second) {
+        m_problems.push_back(
+            {m_scenario.file, condition.mark,
+             fmt::format(
+                 "the tool may step over the sphere: its radius of {:.6g} mm is less than half of the {:.6g} mm that {} "
+                 "covers in one cycle at {:.6g} mm/s",
+                 condition.radius * 1e3, travel * 1e3, place.text(), place.call().velocity * 1e3),
+             fmt::format("make the radius at least {:.6g} mm, or the velocity lower, or the cycle shorter",
+                         roundedUp(least)),
+             true});
+      }
     }
   }
 
@@ -223,7 +245,7 @@ class Checker {
     }
     for (const std::vector<Place>& ofMember : joins) {
       for (std::size_t i = fewest; i < ofMember.size(); ++i) {
-        mended(ofMember[i]) = {};
+        mended(ofMember[i]).kind = SyncKind::NONE;
       }
     }
   }
@@ -258,7 +280,7 @@ class Checker {
       const std::size_t stay = taken[program.object->index()];
       for (std::size_t i = stay; &program != &wait.program && i < program.calls.size(); ++i) {
         const Place setter{program, i};
-        if (setter.step().kind == SyncKind::SETS && setter.step().signal == wait.step().signal) {
+        if (setter.step().maySet(wait.step().signal)) {
           texts.push_back(
               fmt::format("{} stands behind {}, which waits in turn", setter.text(), Place{program, stay}.text()));
           break;
@@ -284,6 +306,7 @@ class Checker {
   std::map<std::uint32_t, const ObjectCalls*> m_byIndex;
   /// The programs as they would be without what was found.
   std::vector<observe::RemainingSteps> m_mended;
+  std::set<std::pair<std::size_t, std::size_t>> m_smallSpheres;  ///< line and column of options that were found
   scenario::Problems m_problems;
 };
 

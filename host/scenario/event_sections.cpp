@@ -80,16 +80,13 @@ ExpectPosition readExpectPosition(const Value& value, Reading& reading) {
   const MapReader map(value, "expectation of a position", {"at", "object", "position", "within"}, reading.problems);
   ExpectPosition expect;
   expect.at = readMoment(map, reading);
-  const Value& objectField = *map.find("object");
-  if (const std::string* object = readObjectName(objectField, "object", reading)) {
+  core::ObjectType type = core::ObjectType::UNDEFINED;
+  if (const std::string* object = readObjectName(*map.find("object"), "object", reading)) {
     expect.object = *object;
-    if (reading.objects.at(*object) == core::ObjectType::KINEMATICS) {
-      reading.problems.error(objectField.mark, fmt::format("object: {} is no axis", inQuotes(*object)),
-                             "only the position of an axis can be expected");
-    }
+    type = reading.objects.at(*object);
   }
   if (const Value* position = map.require("position")) {
-    expect.position = readLength(*position, "position", reading.problems).value_or(0.0);
+    expect.position = readPosition(*position, "position", type, reading.problems);
   }
   expect.tolerance = DEFAULT_TOLERANCE;
   if (const Value* within = map.find("within")) {

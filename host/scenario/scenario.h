@@ -8,6 +8,7 @@
 #include <variant>
 #include <vector>
 
+#include "host/motion/unit_helper.h"
 #include "host/scenario/problem.h"
 #include "motion/core/object_type.h"
 
@@ -36,6 +37,8 @@ struct ObjectDef {
   core::ObjectType type = core::ObjectType::AXIS;
   std::array<double, 3> start{};  ///< [m]; an axis uses the first
   Mark mark;
+  LengthUnit lengthUnit = LengthUnit::MILLIMETRE;  ///< of its commands' parameters
+  TimeUnit timeUnit = TimeUnit::SECOND;
 };
 
 struct OptionCall {
@@ -90,8 +93,8 @@ struct ExpectSignal {
 struct ExpectPosition {
   Moment at;
   std::string object;
-  double position = 0.0;   ///< [m]
-  double tolerance = 0.0;  ///< [m]
+  std::array<double, 3> position{};  ///< [m]; of an axis the first
+  double tolerance = 0.0;            ///< distance between the points [m]
 };
 /// All commands start in the same cycle.
 struct ExpectSameCycle {

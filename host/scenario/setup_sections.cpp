@@ -94,34 +94,47 @@ void readType(const MapReader& map, ObjectDef& object, Reading& reading) {
   }
 }
 
-void readStart(const Value& value, ObjectDef& object, Reading& reading) {
-  if (object.type == core::ObjectType::AXIS) {
-    object.start[0] = readLength(value, "object: at", reading.problems).value_or(0.0);
+/// One of a few words; `chosen` stays as it is when there is none or a wrong one.
+template <typename UNIT, std::size_t COUNT>
+void readUnit(const MapReader& map, const char* key, const std::array<std::string_view, COUNT>& words, UNIT& chosen,
+              Reading& reading) {
+  const Value* value = map.find(key);
+  const std::string* word = value != nullptr ? readWord(*value, fmt::format("units: {}", key), reading.problems) : nullptr;
+  if (word == nullptr) {
     return;
   }
-  if (object.type == core::ObjectType::UNDEFINED) {
-    return;  // what would be right depends on the type
-  }
-  if (value.kind != Value::Kind::LIST || value.items.size() != object.start.size()) {
-    reportUnexpected(value, "object: at", "a list of three numbers [mm]", reading.problems, "as in '[0, 0, 100]'");
+  const auto found = std::find(words.begin(), words.end(), *word);
+  if (found == words.end()) {
+    reading.problems.unknownWord(value->mark, fmt::format("units: unknown unit of {} {}", key, inQuotes(*word)), *word,
+                                 words);
     return;
   }
-  for (std::size_t i = 0; i < object.start.size(); ++i) {
-    object.start[i] = readLength(value.items[i], "object: at", reading.problems).value_or(0.0);
+  chosen = static_cast<UNIT>(found - words.begin());
+}
+
+void readUnits(const Value& value, ObjectDef& object, Reading& reading) {
+  if (!isKind(value, Value::Kind::MAP, "units", reading.problems)) {
+    return;
   }
+  const MapReader map(value, "units", {"length", "time"}, reading.problems);
+  readUnit(map, "length", LENGTH_UNITS, object.lengthUnit, reading);
+  readUnit(map, "time", TIME_UNITS, object.timeUnit, reading);
 }
 
 void readObject(const Value& value, Reading& reading) {
   if (!isKind(value, Value::Kind::MAP, "object", reading.problems)) {
     return;
   }
-  const MapReader map(value, "object", {"name", "type", "at"}, reading.problems);
+  const MapReader map(value, "object", {"name", "type", "at", "units"}, reading.problems);
   ObjectDef object;
   object.mark = value.mark;
   readName(map, object, reading);
   readType(map, object, reading);
   if (const Value* start = map.find("at")) {
-    readStart(*start, object, reading);
+    object.start = readPosition(*start, "object: at", object.type, reading.problems);
+  }
+  if (const Value* units = map.find("units")) {
+    readUnits(*units, object, reading);
   }
   if (!object.name.empty() && !reading.objects.emplace(object.name, object.type).second) {
     reading.problems.error(map.find("name")->mark, fmt::format("object: the name {} stands twice", inQuotes(object.name)));

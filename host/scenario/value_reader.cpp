@@ -168,6 +168,22 @@ std::optional<double> readLength(const Value& value, std::string_view what, Prob
   return std::nullopt;
 }
 
+std::array<double, 3> readPosition(const Value& value, std::string_view what, core::ObjectType type,
+                                   ProblemCollector& problems) {
+  std::array<double, 3> position{};
+  if (type == core::ObjectType::AXIS) {
+    position[0] = readLength(value, what, problems).value_or(0.0);
+  } else if (type == core::ObjectType::KINEMATICS) {
+    if (value.kind != Value::Kind::LIST || value.items.size() != position.size()) {
+      reportUnexpected(value, what, "a list of three numbers [mm]", problems, "as in '[0, 0, 100]'");
+      return position;
+    }
+    std::transform(value.items.begin(), value.items.end(), position.begin(),
+                   [&](const Value& item) { return readLength(item, what, problems).value_or(0.0); });
+  }
+  return position;
+}
+
 std::optional<double> readTime(const Value& value, std::string_view what, ProblemCollector& problems) {
   if (value.kind != Value::Kind::SCALAR) {
     reportUnexpected(value, what, "a time", problems, std::string(TIME_REMEDY));

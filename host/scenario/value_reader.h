@@ -1,6 +1,7 @@
 // Single values of a scenario: each function reads one, or reports what is wrong with it and what would be right.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <initializer_list>
 #include <optional>
@@ -35,6 +36,10 @@ void reportUnexpected(const Value& value, std::string_view what, std::string_vie
                                                        std::uint32_t most, ProblemCollector& problems);
 /// [mm] in the file, [m] as result
 [[nodiscard]] std::optional<double> readLength(const Value& value, std::string_view what, ProblemCollector& problems);
+/// Where an object of that type can be: for a kinematics a list of three lengths, else one length, which stands first. Says
+/// nothing about an object of unknown type.
+[[nodiscard]] std::array<double, 3> readPosition(const Value& value, std::string_view what, core::ObjectType type,
+                                                 ProblemCollector& problems);
 /// With its unit in the file, [s] as result; not negative.
 [[nodiscard]] std::optional<double> readTime(const Value& value, std::string_view what, ProblemCollector& problems);
 

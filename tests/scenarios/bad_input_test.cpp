@@ -65,7 +65,7 @@ std::vector<BadInput> badInputs() {
       {"OptionThatNobodyHas",
        axis + "program: {Feeder: [Dwell: {time: 1, options: [Sparkle: {}]}]}\n",
        "2:47",
-       {"option 'Sparkle'"}},
+       {"'Sparkle' is not an option of axis 'Feeder'; known here: SetSignal"}},
       {"ReferenceBeyondTheProgram",
        axis + "program: {Feeder: [Dwell: {time: 1}]}\nexpect: [{command: Feeder#2, state: done}]\n",
        "3:20",

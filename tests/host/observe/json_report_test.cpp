@@ -5,13 +5,16 @@
 #include <nlohmann/json.hpp>
 
 #include "sample_record.h"
+#include "trigger_builder.h"
 
 namespace motion::host::observe {
 namespace {
 
 using Json = nlohmann::json;
 
-Json parsed(const RunRecord& record) { return Json::parse(jsonReport(record)); }
+Json parsed(const RunRecord& record) {
+  return Json::parse(jsonReport(record));
+}
 
 TEST(JsonReport, HasTheRun) {
   const Json sut = parsed(sampleRecord());
@@ -33,6 +36,10 @@ TEST(JsonReport, HasCommandsWithTheirCycles) {
   EXPECT_EQ(a.at("type"), "axis");
   EXPECT_EQ(a.at("start"), 0.0);
   EXPECT_EQ(a.at("end"), 5.0);
+  const Json& b = sut.at("objects").at(1);
+  EXPECT_EQ(b.at("type"), "kinematics");
+  EXPECT_EQ(b.at("start"), (Json{100.0, 0.0, -20.0}));
+  EXPECT_EQ(b.at("end"), (Json{100.0, 250.0, 0.0}));
   const Json& move = a.at("commands").at(0);
   EXPECT_EQ(move.at("number"), 1);
   EXPECT_EQ(move.at("name"), "MoveAbs");
@@ -77,14 +84,30 @@ TEST(JsonReport, HasExpectationsAndTroubles) {
   const Json sut = parsed(record);
   EXPECT_EQ(sut.at("ok"), false);
   EXPECT_TRUE(sut.at("expectations").at(0).at("reason").is_null());
-  EXPECT_EQ(sut.at("expectations").at(1),
-            (Json{{"text", "x"}, {"line", 3}, {"holds", false}, {"reason", "because"}}));
+  EXPECT_EQ(sut.at("expectations").at(1), (Json{{"text", "x"}, {"line", 3}, {"holds", false}, {"reason", "because"}}));
   EXPECT_EQ(sut.at("stuck"), "stuck here");
   EXPECT_EQ(sut.at("warning"), "late");
   EXPECT_EQ(sut.at("failures"), Json{"A#1"});
   EXPECT_EQ(sut.at("messages"), Json{"m"});
   EXPECT_EQ(sut.at("punctuality"), (Json{{"cycles", 7}, {"overruns", 1}, {"latestWakeUp", 0.5}}));
   EXPECT_EQ(sut.at("objects").at(0).at("commands").at(0).at("failure"), "why");
+}
+
+TEST(JsonReport, HasOptionsConditionsAndDiagnoses) {
+  RunRecord record = withTrigger();
+  record.objects[0].commands[0].options = {"SetSignal {permType: Once}"};
+  record.diagnoses = {{1, 0x090F2030, 0x0C5701B1, 9, "too small"}};
+  const Json sut = parsed(record);
+  EXPECT_EQ(sut.at("objects").at(0).at("commands").at(0).at("options"), Json{"SetSignal {permType: Once}"});
+  EXPECT_EQ(sut.at("objects").at(0).at("commands").at(1).at("options"), Json::array());
+  EXPECT_EQ(sut.at("triggers").size(), 1U);
+  EXPECT_EQ(sut.at("triggers").at(0).at("line"), 9);
+  EXPECT_EQ(
+      sut.at("diagnoses"),
+      (Json::array(
+          {{{"object", "B"}, {"line", 9}, {"mainCode", 0x090F2030}, {"detailCode", 0x0C5701B1}, {"text", "too small"}}})));
+  EXPECT_EQ(parsed(sampleRecord()).at("triggers"), Json::array());
+  EXPECT_EQ(parsed(sampleRecord()).at("diagnoses"), Json::array());
 }
 
 TEST(JsonReport, ReplacesWhatIsNoUtf8) {

@@ -89,6 +89,36 @@ TEST(LookAhead, JoinsWithOneGroupMeetOneAfterTheOther) {
   EXPECT_THAT(taken({twice, {works(), joins({0, 1}), works(), joins({0, 1})}}), ElementsAre(2, 4));
 }
 
+// Options
+
+TEST(LookAhead, AnOptionSetsOrResetsWhileItsCommandIsThere) {
+  EXPECT_THAT(taken({{waitsSet(1)}, {with(works(), {{1, true, false}})}}), ElementsAre(1, 1));
+  EXPECT_THAT(taken({{waitsSet(1)}, {with(works(), {{2, true, false}, {1, true, true}})}}), ElementsAre(1, 1));
+  EXPECT_THAT(taken({{waitsSet(1)}, {with(works(), {{1, false, true}})}}), ElementsAre(0, 1));
+  SignalOutlook signals = noSignals();
+  signals[1] = {.set = true, .reset = false};
+  EXPECT_THAT(taken({{waitsReset(1)}, {with(works(), {{1, false, true}})}}, signals), ElementsAre(1, 1));
+  EXPECT_THAT(taken({{waitsReset(1)}, {with(works(), {{1, true, true}})}}, signals), ElementsAre(0, 1));
+}
+
+TEST(LookAhead, AnOptionDoesItsWorkThoughItsCommandStays) {
+  EXPECT_THAT(taken({{waitsSet(1), sets(2)}, {with(waitsSet(2), {{1, true, false}})}}), ElementsAre(2, 1));
+  EXPECT_THAT(taken({{with(waitsSet(1), {{1, true, false}})}}), ElementsAre(1));
+  EXPECT_THAT(taken({{with(joins({0, 1}), {{1, true, false}})}, {waitsSet(1), joins({0, 1})}}), ElementsAre(1, 2));
+}
+
+TEST(LookAhead, AnOptionOfACommandThatNobodyComesToDoesNothing) {
+  EXPECT_THAT(taken({{waitsSet(1)}, {waitsSet(2), with(works(), {{1, true, false}})}}), ElementsAre(0, 0));
+}
+
+TEST(SyncStep, KnowsWhatItMaySetAndReset) {
+  const SyncStep both = with(sets(1), {{2, false, true}, {3, true, false}});
+  EXPECT_TRUE(both.maySet(1) && both.maySet(3) && both.mayReset(2));
+  EXPECT_FALSE(both.maySet(2) || both.mayReset(1) || both.mayReset(3));
+  EXPECT_TRUE(resets(1).mayReset(1) && consumes(1).mayReset(1));
+  EXPECT_FALSE(waitsSet(1).mayReset(1) || consumes(1).mayReset(2) || waitsReset(1).mayReset(1) || works().maySet(0));
+}
+
 TEST(OccurrenceOf, CountsJoinsWithThatGroupOnly) {
   const Steps before{works(), joins({0, 1}), joins({0, 2}), sets(0), joins({0, 1})};
   EXPECT_EQ(occurrenceOf(joins({0, 1}), {}), 1U);

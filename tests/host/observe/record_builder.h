@@ -43,6 +43,11 @@ inline SyncStep joins(std::vector<std::uint32_t> group, bool awaitsNext = false)
   step.awaitsNext = awaitsNext;
   return step;
 }
+/// The same with options: signal, whether it is set, whether that happens on the path.
+inline SyncStep with(SyncStep step, std::vector<OptionEffect> options) {
+  step.options = std::move(options);
+  return step;
+}
 inline SyncStep joinsTwice(std::vector<std::uint32_t> group) {
   SyncStep step = joins(std::move(group));
   step.namesTwice = true;

@@ -52,11 +52,12 @@ class RecorderTest : public testing::Test {
 TEST_F(RecorderTest, KnowsTheObjects) {
   ASSERT_EQ(m_record.objects.size(), 1U);
   EXPECT_EQ(m_record.objects[0].name, "A");
-  EXPECT_EQ(m_record.objects[0].startPosition, 0.1);
+  EXPECT_EQ(m_record.objects[0].startPosition, (Point{0.1, 0.0, 0.0}));
 }
 
 TEST_F(RecorderTest, FillsTheProgramInTheOrderOfIssuing) {
-  sut.setProgram(0, {{"Dwell", "{time: 1}", 5, false, "", {}, {}}, {"Dwell", "{time: 2}", 6, true, "x", 3, {}}});
+  sut.setProgram(
+      0, {{"Dwell", "{time: 1}", {"X {a: 1}", "Y"}, 5, false, "", {}, {}}, {"Dwell", "{time: 2}", {}, 6, true, "x", 3, {}}});
   const auto first = dwell(0.002);
   sut.drain();
   ASSERT_EQ(commands().size(), 2U);
@@ -67,6 +68,8 @@ TEST_F(RecorderTest, FillsTheProgramInTheOrderOfIssuing) {
   EXPECT_EQ(commands()[1].state, CmdState::CREATED);
   EXPECT_EQ(commands()[1].number, 2U);
   EXPECT_EQ(commands()[1].signal, 3U);
+  EXPECT_EQ(commands()[0].options, (std::vector<std::string>{"X {a: 1}", "Y"}));
+  EXPECT_TRUE(commands()[1].options.empty());
   EXPECT_TRUE(commands()[1].waits);
 }
 
@@ -139,9 +142,9 @@ TEST_F(RecorderTest, TakesProbesInTheirCycle) {
   sut.setProbes({early, late, never});
   steps(5);
   EXPECT_TRUE(sut.probes()[0].taken);
-  EXPECT_GT(sut.probes()[0].position, 0.1);
+  EXPECT_GT(sut.probes()[0].position[0], 0.1);
   EXPECT_TRUE(sut.probes()[1].taken);
-  EXPECT_NEAR(sut.probes()[1].position, 0.101, 1e-12);
+  EXPECT_NEAR(sut.probes()[1].position[0], 0.101, 1e-12);
   EXPECT_LT(sut.probes()[0].position, sut.probes()[1].position);
   EXPECT_FALSE(sut.probes()[2].taken);
 }

@@ -44,8 +44,8 @@ inline RunRecord sampleRecord() {
   wait.motionBegan = 0;
   wait.ended = 11;
 
-  record.objects.push_back({"A", core::ObjectType::AXIS, 0.0, 0.005, {move, set}});
-  record.objects.push_back({"B", core::ObjectType::KINEMATICS, 0.0, 0.0, {wait}});
+  record.objects.push_back({"A", core::ObjectType::AXIS, {0.0}, {0.005}, {move, set}});
+  record.objects.push_back({"B", core::ObjectType::KINEMATICS, {0.1, 0.0, -0.02}, {0.1, 0.25, 0.0}, {wait}});
   record.signals = {{11, 3, true, 0, 2}, {11, 3, false, 1, 1}};
   using Kind = StepRecord::Kind;
   record.steps = {{Kind::ACTIVE, 1, 0, 1, 0},  {Kind::MOTION_BEGAN, 1, 0, 1, 0}, {Kind::ACTIVE, 1, 1, 1, 0},

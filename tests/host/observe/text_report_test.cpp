@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "sample_record.h"
+#include "trigger_builder.h"
 
 namespace motion::host::observe {
 namespace {
@@ -13,25 +14,26 @@ using testing::HasSubstr;
 using testing::Not;
 
 TEST(TextReport, TellsTheWholeStory) {
-  EXPECT_EQ(textReport(sampleRecord()),
-            "sample.yaml: 30 cycles of 1.000 ms in virtual time\n"
-            "\n"
-            "A (axis), from 0.000 mm to 5.000 mm\n"
-            "  #1   MoveAbs {to: 5}          cycles 1 to 10 (0.0000 s), took 10.000 ms\n"
-            "  #2   SetSignal {signalId: 3}  cycle 11 (0.0100 s)\n"
-            "\n"
-            "B (kinematics)\n"
-            "  #1   WaitForSignal {signalId: 3, autoReset: true}  cycles 1 to 11 (0.0000 s), waited 10.000 ms for signal 3 'part "
-            "ready', set by A#2 in cycle 11\n"
-            "\n"
-            "Signals\n"
-            "  cycle      11 (0.0100 s)  signal 3 'part ready' set by A#2\n"
-            "  cycle      11 (0.0100 s)  signal 3 'part ready' reset by B#1\n"
-            "\n"
-            "Expectations\n"
-            "  \u2713 at: end, signal: 3, value: false\n"
-            "\n"
-            "OK\n");
+  EXPECT_EQ(
+      textReport(sampleRecord()),
+      "sample.yaml: 30 cycles of 1.000 ms in virtual time\n"
+      "\n"
+      "A (axis), from 0.000 mm to 5.000 mm\n"
+      "  #1   MoveAbs {to: 5}          cycles 1 to 10 (0.0000 s), took 10.000 ms\n"
+      "  #2   SetSignal {signalId: 3}  cycle 11 (0.0100 s)\n"
+      "\n"
+      "B (kinematics), from [100.000, 0.000, -20.000] mm to [100.000, 250.000, 0.000] mm\n"
+      "  #1   WaitForSignal {signalId: 3, autoReset: true}  cycles 1 to 11 (0.0000 s), waited 10.000 ms for signal 3 'part "
+      "ready', set by A#2 in cycle 11\n"
+      "\n"
+      "Signals\n"
+      "  cycle      11 (0.0100 s)  signal 3 'part ready' set by A#2\n"
+      "  cycle      11 (0.0100 s)  signal 3 'part ready' reset by B#1\n"
+      "\n"
+      "Expectations\n"
+      "  \u2713 at: end, signal: 3, value: false\n"
+      "\n"
+      "OK\n");
 }
 
 TEST(TextReport, SaysWhyAnExpectationDoesNotHold) {
@@ -84,15 +86,44 @@ TEST(TextReport, TellsRealTimeAndItsTroubles) {
   record.messages = {"Signal(3) might be set"};
   record.lostEvents = 4;
   const std::string text = textReport(record);
-  EXPECT_THAT(text, HasSubstr("in real time\nwarning: not permitted\n30 cycles, 2 overruns, latest wake-up 150 us after its time\n"));
+  EXPECT_THAT(
+      text,
+      HasSubstr("in real time\nwarning: not permitted\n30 cycles, 2 overruns, latest wake-up 150 us after its time\n"));
   EXPECT_THAT(text, HasSubstr("Messages\n  Signal(3) might be set\n"));
   EXPECT_THAT(text, HasSubstr("INCOMPLETE: 4 events"));
+}
+
+TEST(TextReport, ShowsOptionsBelowTheirCommand) {
+  RunRecord record = sampleRecord();
+  record.objects[0].commands[0].options = {"SetSignal {permType: Once}", "Mark"};
+  EXPECT_THAT(textReport(record), HasSubstr("took 10.000 ms\n"
+                                            "       with SetSignal {permType: Once}\n"
+                                            "       with Mark\n"
+                                            "  #2   SetSignal"));
+}
+
+TEST(TextReport, TellsWhatBecameOfConditions) {
+  EXPECT_THAT(textReport(withTrigger()), HasSubstr("\nTriggers\n  B (line 9): set signal 3 'part ready' within 1.000 mm"));
+  EXPECT_THAT(textReport(sampleRecord()), Not(HasSubstr("Triggers")));
+}
+
+TEST(TextReport, TellsDiagnosesWithCodesAndPlace) {
+  RunRecord record = sampleRecord();
+  record.diagnoses = {{1, 0x090F2030, 0x0C5701B1, 9, "too small"}, {0, 0x090F1000, 0x0C561000, 0, "odd"}};
+  EXPECT_THAT(textReport(record), HasSubstr("\nDiagnoses\n"
+                                            "  B (line 9): too small (0x090F2030, 0x0C5701B1)\n"
+                                            "  A: odd (0x090F1000, 0x0C561000)\n"));
+  EXPECT_THAT(textReport(sampleRecord()), Not(HasSubstr("Diagnoses")));
+}
+
+TEST(PointText, HasThreeDigits) {
+  EXPECT_EQ(pointText({0.4, -0.0000004, 0.1234567}), "[400.000, -0.000, 123.457] mm");
 }
 
 TEST(TextReport, SaysWhenAnObjectHadNothingToDo) {
   RunRecord record = sampleRecord();
   record.objects[1].commands.clear();
-  EXPECT_THAT(textReport(record), HasSubstr("B (kinematics)\n  nothing to do\n"));
+  EXPECT_THAT(textReport(record), HasSubstr("[100.000, 250.000, 0.000] mm\n  nothing to do\n"));
   EXPECT_THAT(textReport(sampleRecord()), Not(HasSubstr("nothing to do")));
 }
 
@@ -115,7 +146,9 @@ TEST(EventList, NamesAbortsAndFailures) {
   EXPECT_EQ(eventList(record), "      4  A#1 MoveAbs aborted\n      5  B#1 WaitForSignal failed\n");
 }
 
-TEST(Milliseconds, HaveThreeDigits) { EXPECT_EQ(milliseconds(0.0125), "12.500 ms"); }
+TEST(Milliseconds, HaveThreeDigits) {
+  EXPECT_EQ(milliseconds(0.0125), "12.500 ms");
+}
 
 }  // namespace
 }  // namespace motion::host::observe

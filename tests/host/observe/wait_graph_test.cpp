@@ -213,5 +213,31 @@ TEST(WaitGraph, ACircleThatSomebodyElseMayOpenIsNone) {
   EXPECT_EQ(sut.circleSince, 0U);
 }
 
+// Options
+
+TEST(WaitGraph, AnOptionOfACommandToComeReleases) {
+  const WaitGraph sut = makeWaitGraph(recordOf({{"A", {since(1, waitsSet(1))}},
+                                                {"B", {since(1, works()), ahead(with(works(), {{1, true, false}}))}},
+                                                {"C", {since(1, works()), buffered(with(works(), {{1, true, true}}))}},
+                                                {"D", {since(1, works()), created(with(works(), {{1, false, true}}))}}}));
+  EXPECT_THAT(releasers(sut.waits.at(0)), ElementsAre("1#2", "2#2"));
+}
+
+TEST(WaitGraph, OfACommandThatHasBegunOnlyOptionsOnThePathRelease) {
+  const WaitGraph sut = makeWaitGraph(recordOf({{"A", {since(1, waitsSet(1))}},
+                                                {"B", {since(1, with(works(), {{1, true, false}}))}},
+                                                {"C", {since(1, with(works(), {{1, true, true}}))}}}));
+  EXPECT_THAT(releasers(sut.waits.at(0)), ElementsAre("2#1"));
+}
+
+TEST(WaitGraph, AnOptionReleasesWhoWaitsForAReset) {
+  const WaitGraph sut = makeWaitGraph(
+      withSignal(recordOf({{"A", {since(1, waitsReset(1))}},
+                           {"B", {since(1, works()), ahead(with(works(), {{1, false, true}, {2, true, false}}))}},
+                           {"C", {since(1, works()), ahead(with(works(), {{1, true, true}}))}}}),
+                 1, true));
+  EXPECT_THAT(releasers(sut.waits.at(0)), ElementsAre("1#2"));
+}
+
 }  // namespace
 }  // namespace motion::host::observe

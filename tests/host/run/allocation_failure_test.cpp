@@ -146,5 +146,43 @@ TEST_F(AllocationFailureTest, ACommandIsBufferedOrRefused) {
   }
 }
 
+TEST_F(AllocationFailureTest, AnOptionIsInForceOrRefused) {
+  ASSERT_EQ(m_bundle->component().start(), 0);
+  MotionObject& axis = *m_runtime.addObject("A", core::ObjectType::AXIS, {});
+  MotionObject& robot = *m_runtime.addObject("K", core::ObjectType::KINEMATICS, {});
+  const Records& records = m_runtime.records();
+  const core::dia::CmdSourceInfo source;
+  const double target[3] = {1, 2, 3};
+  const auto switchOnPath = [&] {
+    return records.cmdKin.kinSwitchOnPathCmdOpt(&m_runtime, source, core::cmd::CmdOptPermType::PERM_ON, "K",
+                                                kavo::SwitchOnPathMode::ENTER_SPHERE, 3,
+                                                kavo::SwitchOnPathAction::SET_SIGNAL, target, 1.0, 0.0);
+  };
+  /// What is in force under an option's name in that place.
+  const auto latestOf = [](MotionObject& object) {
+    const OptionSet::State& state = object.options().state();
+    return state.empty() ? nullptr : state[0].latest;
+  };
+  const std::vector<std::pair<MotionObject*, std::function<FctResult()>>> calls{
+      {&axis, [&] { return records.cmdGeneral.setSignalCmdOpt(&m_runtime, source, "A", 3); }}, {&robot, switchOnPath}};
+  for (const auto& [object, call] : calls) {
+    ASSERT_EQ(call(), FctResult::Okay);  // the others are stacked upon it
+    int nth = 0;
+    for (bool hasFailed = true; hasFailed;) {
+      SCOPED_TRACE(fmt::format("{}, allocation {}", object->name(), ++nth));
+      const OptionSet::Shared before = latestOf(*object);
+      FctResult result{};
+      {
+        const AllocationFailure failure(nth);
+        result = call();
+        hasFailed = failure.happened();
+      }
+      ASSERT_TRUE(hasFailed || result == FctResult::Okay) << core::toCode(result);
+      ASSERT_EQ(latestOf(*object) == before, core::isFailure(result));
+    }
+    EXPECT_GT(nth, 5);
+  }
+}
+
 }  // namespace
 }  // namespace motion::host::run

@@ -23,6 +23,7 @@ class ExpectationsTest : public testing::Test {
  protected:
   ExpectationsTest() {
     m_objects.add({"A", core::ObjectType::AXIS, {0.25, 0, 0}, 0.001, 4, 0}, m_retired);
+    m_objects.add({"K", core::ObjectType::KINEMATICS, {0.25, -0.1, 0.03}, 0.001, 4, 1}, m_retired);
     m_record.cycleTime = m_scenario.cycleTime;
     observe::CmdRecord first;
     first.number = 1;
@@ -36,7 +37,7 @@ class ExpectationsTest : public testing::Test {
     second.failure = "broken";
     observe::CmdRecord third;
     third.number = 3;
-    m_record.objects.push_back({"A", core::ObjectType::AXIS, 0, 0, {first, second, third}});
+    m_record.objects.push_back({"A", core::ObjectType::AXIS, {}, {}, {first, second, third}});
   }
 
   /// Judges one expectation and gives its verdict.
@@ -92,9 +93,16 @@ TEST_F(ExpectationsTest, JudgeSignalsAtAMomentByTheirProbe) {
 }
 
 TEST_F(ExpectationsTest, JudgePositionsWithTolerance) {
-  EXPECT_TRUE(verdict(scenario::ExpectPosition{{}, "A", 0.25, 1e-6}).holds);
-  EXPECT_TRUE(verdict(scenario::ExpectPosition{{}, "A", 0.26, 0.011}).holds);
-  EXPECT_EQ(verdict(scenario::ExpectPosition{{}, "A", 0.26, 0.001}).reason, "A was at 250 mm");
+  EXPECT_TRUE(verdict(scenario::ExpectPosition{{}, "A", {0.25}, 1e-6}).holds);
+  EXPECT_TRUE(verdict(scenario::ExpectPosition{{}, "A", {0.26}, 0.011}).holds);
+  EXPECT_EQ(verdict(scenario::ExpectPosition{{}, "A", {0.26}, 0.001}).reason, "A was at 250 mm");
+}
+
+TEST_F(ExpectationsTest, JudgePositionsOfAKinematicsByTheDistance) {
+  EXPECT_TRUE(verdict(scenario::ExpectPosition{{}, "K", {0.25, -0.1, 0.03}, 1e-6}).holds);
+  EXPECT_TRUE(verdict(scenario::ExpectPosition{{}, "K", {0.22, -0.06, 0.03}, 0.0501}).holds);
+  EXPECT_FALSE(verdict(scenario::ExpectPosition{{}, "K", {0.22, -0.06, 0.03}, 0.0499}).holds);
+  EXPECT_EQ(verdict(scenario::ExpectPosition{{}, "K", {0.25, -0.1, 0.0300011}, 1e-6}).reason, "K was at [250, -100, 30] mm");
 }
 
 TEST_F(ExpectationsTest, JudgePositionsAtAMomentByTheirProbe) {
@@ -102,11 +110,11 @@ TEST_F(ExpectationsTest, JudgePositionsAtAMomentByTheirProbe) {
   probe.cycle = 11;
   probe.isSignal = false;
   probe.object = m_objects.find("A");
-  probe.position = 0.1;
+  probe.position = {0.1};
   probe.taken = true;
   m_probes = {probe};
-  EXPECT_TRUE(verdict(scenario::ExpectPosition{Moment{false, 0.01}, "A", 0.1, 1e-6}).holds);
-  EXPECT_FALSE(verdict(scenario::ExpectPosition{Moment{false, 0.02}, "A", 0.1, 1e-6}).holds);
+  EXPECT_TRUE(verdict(scenario::ExpectPosition{Moment{false, 0.01}, "A", {0.1}, 1e-6}).holds);
+  EXPECT_FALSE(verdict(scenario::ExpectPosition{Moment{false, 0.02}, "A", {0.1}, 1e-6}).holds);
 }
 
 TEST_F(ExpectationsTest, JudgeOrderAndSameCycle) {
@@ -119,7 +127,8 @@ TEST_F(ExpectationsTest, JudgeOrderAndSameCycle) {
 }
 
 TEST_F(ExpectationsTest, ACommandThatNeverStartedIsInNoOrder) {
-  EXPECT_EQ(verdict(scenario::ExpectOrder{{{"A", 2, {}}, {"A", 3, {}}}}).reason, "A#2 started in cycle 9, A#3 did not start");
+  EXPECT_EQ(verdict(scenario::ExpectOrder{{{"A", 2, {}}, {"A", 3, {}}}}).reason,
+            "A#2 started in cycle 9, A#3 did not start");
   EXPECT_FALSE(verdict(scenario::ExpectSameCycle{{{"A", 3, {}}, {"A", 3, {}}}}).holds);
 }
 

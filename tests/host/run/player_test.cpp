@@ -63,7 +63,7 @@ TEST_F(PlayerTest, PlaysToTheEnd) {
   EXPECT_EQ(b.at(1).motionBegan, 12U);
   EXPECT_EQ(b.at(1).state, CmdState::DONE);
   EXPECT_EQ(record.cycles, b.at(1).ended);
-  EXPECT_DOUBLE_EQ(record.objects.at(1).endPosition, 0.001);
+  EXPECT_DOUBLE_EQ(record.objects.at(1).endPosition[0], 0.001);
 }
 
 TEST_F(PlayerTest, RepeatsItselfExactly) {
@@ -223,7 +223,7 @@ TEST_F(PlayerTest, FeedsALongProgramThroughASmallBuffer) {
   }
   const auto record = play(text);
   EXPECT_TRUE(record.isFine());
-  EXPECT_NEAR(record.objects.at(0).endPosition, 0.020, 1e-12);
+  EXPECT_NEAR(record.objects.at(0).endPosition[0], 0.020, 1e-12);
   EXPECT_EQ(record.objects.at(0).commands.size(), 20U);
 }
 
@@ -246,6 +246,71 @@ TEST_F(PlayerTest, KeepsWhatTheComponentSays) {
   ASSERT_EQ(record.messages.size(), 1U);
   EXPECT_EQ(record.messages[0],
             "Signal(2) might be set by both the system function SetSignal as well as the command SetSignal");
+}
+
+// Options
+
+constexpr const char* ON_THE_WAY =
+    "buffer: 1\n"
+    "objects: [{name: K, type: kinematics}]\n"
+    "program:\n"
+    "  K:\n"
+    "    - MoveLin: {to: [10, 0, 0], options: [SetSignal: {permType: PermOn, signalId: 1}]}\n"
+    "    - Dwell: {time: 0.01}\n"
+    "    - MoveLin: {to: [20, 0, 0], options: [SwitchOnPath: {permType: Once, signalId: 2, targetPosition: [15, 0, 0], "
+    "radius: "
+    "1}]}\n"
+    "    - MoveLin: {to: [30, 0, 0], options: [SwitchOnPath: {permType: Once, signalId: 3, targetPosition: [50, 0, 0], "
+    "radius: "
+    "1}]}\n";
+
+TEST_F(PlayerTest, IssuesOptionsWithTheirCommandsAndReportsTheirConditions) {
+  const auto record = play(ON_THE_WAY);
+  EXPECT_TRUE(record.isFine());
+  ASSERT_EQ(record.signals.size(), 2U);
+  EXPECT_EQ(record.signals[0].number, 1U);
+  EXPECT_EQ(record.signals[1].number, 3U);
+  ASSERT_EQ(record.triggers.size(), 2U) << "a full buffer makes nobody try twice";
+  ASSERT_TRUE(record.triggers[0].fired);
+  EXPECT_EQ(record.triggers[0].fired->number, 3U);
+  EXPECT_EQ(record.triggers[0].fired->cycle, record.signals[1].cycle);
+  EXPECT_EQ(record.triggers[0].line, 7U);
+  EXPECT_FALSE(record.triggers[1].fired);
+  EXPECT_EQ(record.triggers[1].nearest->cycle, record.cycles);
+}
+
+TEST_F(PlayerTest, PlaysOptionsInRealTimeToo) {
+  const auto real = play(ON_THE_WAY, Watch());
+  const auto simulated = play(ON_THE_WAY);
+  EXPECT_TRUE(real.isFine());
+  ASSERT_EQ(real.triggers.size(), 2U);
+  ASSERT_TRUE(real.triggers[0].fired);
+  EXPECT_EQ(real.triggers[0].fired->number, 3U);
+  EXPECT_EQ(real.triggers[0].fired->position, simulated.triggers[0].fired->position);
+  EXPECT_FALSE(real.triggers[1].fired);
+}
+
+TEST_F(PlayerTest, KeepsTheDiagnosesOfEveryObject) {
+  const auto read = scenario::readScenarioText(
+      "objects: [{name: A, type: axis}, {name: B, type: axis}]\nprogram: {B: [Dwell: {time: 0.01}]}\n", "test.yaml");
+  ASSERT_TRUE(read.scenario);
+  Session session({KAVO_BUNDLE, {}, std::chrono::seconds(30), false});
+  std::string problem;
+  ASSERT_TRUE(session.open(problem)) << problem;
+  for (const auto& object : read.scenario->objects) {
+    session.runtime().addObject(object.name, object.type, object.start);
+  }
+  auto program = prepareProgram(*read.scenario, session.runtime(), [&] { return session.takeMessages(); });
+  Player sut(session, *read.scenario, std::move(program.programs));
+  ASSERT_TRUE(sut.connect(problem)) << problem;
+  session.runtime().objMgr().find("B")->diaLog().report(0x090F2030, 0x0C5701B1, {"client", "file", 2}, {}, "odd");
+  sut.playVirtual();
+  ASSERT_EQ(sut.record().diagnoses.size(), 1U);
+  EXPECT_EQ(sut.record().diagnoses[0].object, 1U);
+  EXPECT_EQ(sut.record().diagnoses[0].mainCode, 0x090F2030U);
+  EXPECT_EQ(sut.record().diagnoses[0].detailCode, 0x0C5701B1U);
+  EXPECT_EQ(sut.record().diagnoses[0].line, 2U);
+  EXPECT_EQ(sut.record().diagnoses[0].text, "odd");
 }
 
 /// Preparation on a thread of its own, beside the cycle; the thread sanitizer looks on.

@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstdio>
+
 #include "tests/host/observe/record_builder.h"
 
 namespace motion::host::run {
@@ -17,6 +19,7 @@ using observe::sets;
 using observe::SyncStep;
 using observe::waitsReset;
 using observe::waitsSet;
+using observe::with;
 using observe::works;
 using scenario::OutsideEvent;
 using testing::ElementsAre;
@@ -32,13 +35,16 @@ class ProgramChecks : public testing::Test {
     for (std::size_t object = 0; object < programs.size(); ++object) {
       const std::string name(1, static_cast<char>('A' + object));
       m_scenario.objects.push_back({name, ObjectType::AXIS, {}, {}});
-      calls.push_back({m_runtime.addObject(name, ObjectType::AXIS, {}), {}});
+      MotionObject* const known = m_runtime.objMgr().find(name.c_str());
+      calls.push_back({known != nullptr ? known : m_runtime.addObject(name, ObjectType::AXIS, {}), {}});
       for (const SyncStep& step : programs[object]) {
         ProgramCall call;
         call.name = NAMES[static_cast<std::size_t>(step.kind)];
         call.description.sync = step;
         call.description.waitsFor = "signal " + std::to_string(step.signal);
         call.mark = {(object + 1) * 10 + calls.back().calls.size() + 1, 7};
+        call.velocity = m_velocity;
+        call.conditions = m_conditions;
         calls.back().calls.push_back(std::move(call));
       }
     }
@@ -68,6 +74,8 @@ class ProgramChecks : public testing::Test {
   }
   std::string remedy() const { return m_found.at(0).remedy; }
 
+  double m_velocity = 0.0;                  ///< [m/s] of all commands
+  std::vector<PathCondition> m_conditions;  ///< of all commands
   static constexpr const char* NAMES[] = {"Work", "Set", "Reset", "Wait", "WaitReset", "Join"};
   Runtime m_runtime{RuntimeConfig{}};
   scenario::Scenario m_scenario;
@@ -227,6 +235,78 @@ TEST_F(ProgramChecks, ACircleIsFoundBesideAnotherFault) {
 TEST_F(ProgramChecks, WhoIsAbortedFromOutsideIsMeantToWait) {
   abortFromOutside("A");
   EXPECT_THAT(check({{waitsSet(1)}, {waitsSet(2)}}), ElementsAre(HasSubstr("21: B#1 Wait")));
+}
+
+// Options
+
+TEST_F(ProgramChecks, ASignalIsSetByAnOptionOfAnother) {
+  EXPECT_THAT(check({{waitsSet(4)}, {works(), with(works(), {{4, true, false}})}}), IsEmpty());
+}
+TEST_F(ProgramChecks, ASignalIsSetByAnOptionOnThePathOfAnother) {
+  EXPECT_THAT(check({{waitsSet(4)}, {with(works(), {{4, true, true}})}}), IsEmpty());
+}
+TEST_F(ProgramChecks, ASignalIsSetByTheWaitersOwnOptionBeforeIt) {
+  EXPECT_THAT(check({{with(works(), {{4, true, false}}), waitsSet(4)}}), IsEmpty());
+}
+TEST_F(ProgramChecks, ASignalIsSetByAnOptionOfTheWaitItself) {
+  EXPECT_THAT(check({{with(waitsSet(4), {{4, true, false}})}}), IsEmpty());
+}
+TEST_F(ProgramChecks, ASignalIsNotSetByOptionsThatDoSomethingElse) {
+  EXPECT_THAT(check({{waitsSet(4)}, {with(works(), {{4, false, true}, {5, true, false}})}}),
+              ElementsAre(HasSubstr("nobody sets signal 4")));
+}
+TEST_F(ProgramChecks, ASignalThatAnOptionOfTheWaiterSetAndNobodyResets) {
+  EXPECT_THAT(check({{with(works(), {{4, true, false}}), waitsReset(4)}}),
+              ElementsAre("12: A#2 WaitReset waits for ever: nobody resets signal 4, which A#1 Work sets"));
+}
+TEST_F(ProgramChecks, ASignalIsResetByAnOptionOfAnother) {
+  EXPECT_THAT(check({{sets(4), waitsReset(4)}, {with(works(), {{4, false, true}})}}), IsEmpty());
+}
+TEST_F(ProgramChecks, AnOptionBehindAWaitStandsInACircleToo) {
+  EXPECT_THAT(
+      check({{waitsSet(1), sets(2)}, {waitsSet(2), with(works(), {{1, true, false}})}}),
+      ElementsAre("11: A#1 Wait waits for ever: nobody comes to set signal 1; B#2 Work stands behind B#1 Wait, which "
+                  "waits in turn",
+                  HasSubstr("21: B#1 Wait")));
+}
+
+TEST_F(ProgramChecks, ASphereThatTheToolMayStepOver) {
+  m_velocity = 0.4;
+  m_conditions = {{0.000199, {12, 7}}, {0.0002, {13, 7}}};
+  EXPECT_THAT(
+      check({{works()}}),
+      ElementsAre("12: the tool may step over the sphere: its radius of 0.199 mm is less than half of the 0.4 mm that "
+                  "A#1 Work covers in one cycle at 400 mm/s"));
+  EXPECT_EQ(remedy(), "make the radius at least 0.2 mm, or the velocity lower, or the cycle shorter");
+}
+TEST_F(ProgramChecks, ASphereIsFoundOnceThoughItAccompaniesManyCommands) {
+  m_velocity = 0.4;
+  m_conditions = {{0.0, {12, 7}}};
+  EXPECT_THAT(check({{works(), works(), works()}}), testing::SizeIs(1));
+}
+TEST_F(ProgramChecks, EveryCycleTimeHasItsOwnLeastRadius) {
+  m_scenario.cycleTime = 0.01;
+  m_velocity = 0.4;
+  m_conditions = {{0.0019, {12, 7}}};
+  EXPECT_THAT(check({{works()}}), ElementsAre(HasSubstr("less than half of the 4 mm")));
+}
+TEST_F(ProgramChecks, NoSphereIsTooSmallForACommandWithoutVelocity) {
+  m_conditions = {{0.0, {12, 7}}};
+  EXPECT_THAT(check({{works()}}), IsEmpty());
+}
+TEST_F(ProgramChecks, TheLeastRadiusThatIsNamedIsEnough) {
+  for (const double velocity : {0.1, 0.3, 0.7, 13 * 0.001, 1.0 / 3.0, 0.2500001, 1e-7, 12345.678}) {
+    m_scenario = {};
+    m_velocity = velocity;
+    m_conditions = {{0.0, {12, 7}}};
+    ASSERT_THAT(check({{works()}}), testing::SizeIs(1));
+    double least = 0.0;
+    ASSERT_EQ(std::sscanf(remedy().c_str(), "make the radius at least %lf mm", &least), 1) << remedy();
+    EXPECT_NEAR(least, velocity / 2.0, velocity * 1e-5) << "and not much more";
+    m_scenario = {};
+    m_conditions = {{least * 1e-3, {12, 7}}};
+    EXPECT_THAT(check({{works()}}), IsEmpty()) << remedy();
+  }
 }
 
 TEST_F(ProgramChecks, FindingsComeInTheOrderOfTheFile) {

@@ -76,7 +76,68 @@ TEST_F(ProgramTest, AnUnknownCommandListsTheKnownOnes) {
 TEST_F(ProgramTest, AnOptionIsNotKnown) {
   const auto sut = prepare("objects: [{name: A, type: axis}]\nprogram: {A: [Dwell: {time: 1, options: [X: {}]}]}\n");
   ASSERT_THAT(sut.problems, SizeIs(1));
-  EXPECT_EQ(sut.problems[0].message, "option 'X' is not known");
+  EXPECT_EQ(sut.problems[0].message, "'X' is not an option of axis 'A'");
+  EXPECT_EQ(sut.problems[0].remedy, "known here: SetSignal");
+  EXPECT_EQ(sut.problems[0].mark.column, 42U) << "where the option stands";
+  EXPECT_THAT(sut.programs[0].calls, IsEmpty());
+}
+
+TEST_F(ProgramTest, TakesOptionsAlongWithTheirCommand) {
+  const auto sut = prepare(
+      "objects: [{name: K, type: kinematics}]\n"
+      "program:\n"
+      "  K:\n"
+      "    - MoveLin: {to: [1, 0, 0], velocity: 250, options: [SetSignal: {permType: PermOn, signalId: 5}]}\n"
+      "    - MoveLin: {to: [2, 0, 0], options: [SwitchOnPath: {permType: Once, signalId: 6, targetPosition: [2, 0, 0], "
+      "radius: 1}, SetSignal: {permType: PermOff}]}\n"
+      "    - Dwell: {time: 1}\n");
+  ASSERT_THAT(sut.problems, IsEmpty());
+  ASSERT_THAT(sut.programs[0].calls, SizeIs(3));
+  const ProgramCall& first = sut.programs[0].calls[0];
+  ASSERT_THAT(first.options, SizeIs(1));
+  EXPECT_EQ(first.options[0].name, "SetSignal");
+  EXPECT_EQ(first.options[0].source.line, 4U);
+  EXPECT_EQ(first.encoded().options.data(), first.options.data());
+  EXPECT_EQ(first.description.options, (std::vector<std::string>{"SetSignal {permType: PermOn, signalId: 5}"}));
+  EXPECT_EQ(first.description.sync.options, (std::vector<observe::OptionEffect>{{5, true, false}}));
+  EXPECT_DOUBLE_EQ(first.velocity, 0.25);
+  EXPECT_THAT(first.conditions, IsEmpty());
+  EXPECT_EQ(first.mark.line, 4U);
+  const ProgramCall& second = sut.programs[0].calls[1];
+  EXPECT_THAT(second.options, SizeIs(2));
+  EXPECT_DOUBLE_EQ(second.velocity, 0.1) << "unless it is given";
+  ASSERT_THAT(second.conditions, SizeIs(1));
+  EXPECT_DOUBLE_EQ(second.conditions[0].radius, 0.001);
+  EXPECT_EQ(second.conditions[0].mark.line, 5U);
+  EXPECT_EQ(second.description.sync.options, (std::vector<observe::OptionEffect>{{6, true, true}}));
+  EXPECT_EQ(sut.programs[0].calls[2].velocity, 0.0) << "it does not move";
+  EXPECT_THAT(sut.programs[0].calls[2].conditions, IsEmpty());
+  EXPECT_THAT(m_session.runtime().objMgr().find("K")->options().state(), IsEmpty()) << "they were only tried out";
+}
+
+TEST_F(ProgramTest, ARefusedOptionIsNamedWhereItStands) {
+  const auto sut = prepare(
+      "objects: [{name: A, type: axis}]\n"
+      "program:\n"
+      "  A:\n"
+      "    - Dwell:\n"
+      "        time: 1\n"
+      "        options:\n"
+      "          - SetSignal: {permType: Once, signalId: 100}\n"
+      "    - Dwell:\n"
+      "        time: 1\n"
+      "        options:\n"
+      "          - SetSignal: {permType: Once, signalId: 1}\n"
+      "          - SetSignal: {permType: Once, signalId: 100}\n"
+      "    - Dwell: {time: -1, options: [SetSignal: {permType: Once, signalId: 1}]}\n");
+  ASSERT_THAT(sut.problems, SizeIs(3));
+  EXPECT_THAT(sut.problems[0].message, HasSubstr("option 'SetSignal' of 'A' was refused (0xF011001D)"));
+  EXPECT_THAT(sut.problems[0].message, HasSubstr("100 (0x090F"));
+  EXPECT_THAT(sut.problems[0].remedy, HasSubstr("the component says: jobObj->checkParameter() failed"));
+  EXPECT_EQ(sut.problems[0].mark.line, 7U);
+  EXPECT_EQ(sut.problems[1].mark.line, 8U) << "it might be either; so where the command stands";
+  EXPECT_EQ(sut.problems[2].mark.line, 13U);
+  EXPECT_EQ(sut.problems[2].mark.column, 7U) << "the command itself was refused";
 }
 
 TEST_F(ProgramTest, ARefusalCarriesWhatTheComponentSays) {

@@ -118,10 +118,14 @@ TEST(Expect, readsPositions) {
   const auto sut = expectationOf<ExpectPosition>("{at: 0.3 s, object: Feeder, position: 250, within: 0.01}");
   EXPECT_EQ(sut.at.time, 0.3);
   EXPECT_EQ(sut.object, "Feeder");
-  EXPECT_EQ(sut.position, 0.25);
+  EXPECT_EQ(sut.position, (std::array<double, 3>{0.25, 0, 0}));
   EXPECT_EQ(sut.tolerance, 0.00001);
   EXPECT_EQ(expectationOf<ExpectPosition>("{object: Feeder, position: -1}").tolerance, 1e-6);
   EXPECT_EQ(expectationOf<ExpectPosition>("{object: Feeder, position: -1, within: 0}").tolerance, 0.0);
+  const auto ofKinematics = expectationOf<ExpectPosition>("{at: end, object: Robot, position: [1, -2.5, 100], within: 2}");
+  EXPECT_TRUE(ofKinematics.at.end);
+  EXPECT_EQ(ofKinematics.position, (std::array<double, 3>{0.001, -0.0025, 0.1}));
+  EXPECT_EQ(ofKinematics.tolerance, 0.002);
 }
 
 TEST(Expect, readsCommands) {
@@ -191,8 +195,15 @@ TEST(Expect, refusesWrongStates) {
 }
 
 TEST(Expect, refusesWrongPositions) {
+  const std::string remedy = "; as in '[0, 0, 100]'";
   EXPECT_EQ(problemsOfExpect("{object: Robot, position: 1}"),
-            (Texts{"f:5:12: object: 'Robot' is no axis; only the position of an axis can be expected"}));
+            (Texts{"f:5:29: position: expected a list of three numbers [mm], found '1'" + remedy}));
+  EXPECT_EQ(problemsOfExpect("{object: Robot, position: [1, 2]}"),
+            (Texts{"f:5:29: position: expected a list of three numbers [mm], found a list" + remedy}));
+  EXPECT_EQ(problemsOfExpect("{object: Robot, position: [1, two, 3]}"),
+            (Texts{"f:5:33: position: expected a number [mm], found 'two'; write the number alone, as in '250' or '0.5'"}));
+  EXPECT_EQ(problemsOfExpect("{object: Feeder, position: [1, 2, 3]}"),
+            (Texts{"f:5:30: position: expected a number [mm], found a list"}));
   EXPECT_EQ(problemsOfExpect("{object: Feeder}"), (Texts{"f:5:3: expectation of a position: 'position' is missing"}));
   EXPECT_EQ(problemsOfExpect("{object: Feeder, position: 1, within: -1}"), (Texts{"f:5:41: within: '-1' is negative"}));
   EXPECT_EQ(problemsOfExpect("{object: Feeder, position: .inf}"),

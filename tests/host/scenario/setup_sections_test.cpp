@@ -146,7 +146,36 @@ TEST(Objects, startWhereTheirTypeCanBe) {
 
 TEST(Objects, refuseUnknownKeys) {
   EXPECT_EQ(problemsOf("objects: [{name: A, typ: axis, type: axis}]"),
-            (Texts{"f:1:21: object: unknown key 'typ'; did you mean 'type'? known here: name, type, at"}));
+            (Texts{"f:1:21: object: unknown key 'typ'; did you mean 'type'? known here: name, type, at, units"}));
+}
+
+TEST(Objects, haveUnits) {
+  const auto unitsOf = [](const std::string& units) {
+    const ObjectDef object = scenarioOf("objects: [{name: A, type: axis" + units + "}]").objects.at(0);
+    return std::pair(object.lengthUnit, object.timeUnit);
+  };
+  EXPECT_EQ(unitsOf(""), std::pair(LengthUnit::MILLIMETRE, TimeUnit::SECOND));
+  EXPECT_EQ(unitsOf(", units: {}"), std::pair(LengthUnit::MILLIMETRE, TimeUnit::SECOND));
+  EXPECT_EQ(unitsOf(", units: {length: m}"), std::pair(LengthUnit::METRE, TimeUnit::SECOND));
+  EXPECT_EQ(unitsOf(", units: {length: mm, time: ms}"), std::pair(LengthUnit::MILLIMETRE, TimeUnit::MILLISECOND));
+  EXPECT_EQ(unitsOf(", units: {time: s, length: in}"), std::pair(LengthUnit::INCH, TimeUnit::SECOND));
+}
+
+TEST(Objects, standInMillimetresWhateverTheirUnits) {
+  EXPECT_EQ(scenarioOf("objects: [{name: A, type: axis, units: {length: in}, at: 5}]").objects.at(0).start[0], 0.005);
+}
+
+TEST(Objects, refuseOtherUnits) {
+  const auto problem = [](const std::string& units) {
+    return problemsOf("objects: [{name: A, type: axis, units: " + units + "}]");
+  };
+  EXPECT_EQ(problem("{length: km}"),
+            (Texts{"f:1:49: units: unknown unit of length 'km'; did you mean 'mm'? known here: mm, m, in"}));
+  EXPECT_EQ(problem("{length: feet, time: h}"), (Texts{"f:1:49: units: unknown unit of length 'feet'; known here: mm, m, in",
+                                                       "f:1:61: units: unknown unit of time 'h'; known here: s, ms"}));
+  EXPECT_EQ(problem("{len: mm}"), (Texts{"f:1:41: units: unknown key 'len'; known here: length, time"}));
+  EXPECT_EQ(problem("mm"), (Texts{"f:1:40: units: expected a map, found 'mm'"}));
+  EXPECT_EQ(problem("{length: [mm]}"), (Texts{"f:1:49: units: length: expected a word, found a list"}));
 }
 
 }  // namespace
