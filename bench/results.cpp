@@ -14,8 +14,8 @@ namespace {
 struct Row {
   const char* title;
   const char* benchmark;
-  const char* floor;
-  double objects;  ///< what one iteration is divided by
+  const char* floor;  ///< empty: without one
+  double objects;     ///< what one iteration is divided by
 };
 
 constexpr Row ROWS[] = {
@@ -47,14 +47,36 @@ constexpr Row ROWS[] = {
     {"join, last of 1,000 members, alone", "join_open/1000/0", "floor_join_open/1000/0", 1},
     {"join, last of 1,000 members, 10 open", "join_open/1000/10", "floor_join_open/1000/10", 1},
     {"join, last of 1,000 members, 1,000 open", "join_open/1000/1000", "floor_join_open/1000/1000", 1},
+    {"join, its mutex locked and unlocked once", "floor_join_mutex", "", 1},
     {"join, waiting member of 2, per member", "join_waiting/2", "floor_join_waiting/2", 1},
     {"join, waiting member of 10, per member", "join_waiting/10", "floor_join_waiting/10", 9},
     {"join, waiting member of 100, per member", "join_waiting/100", "floor_join_waiting/100", 99},
     {"join, waiting member of 1,000, per member", "join_waiting/1000", "floor_join_waiting/1000", 999},
     {"join, end of 1,000 members, per member", "join_ending/1000", "floor_join_ending/1000", 1'000},
+    {"path, 1 armed condition", "path_armed/1", "floor_path/1", 1},
+    {"path, 10 armed, per condition", "path_armed/10", "floor_path/10", 10},
+    {"path, 1,000 armed, per condition", "path_armed/1000", "floor_path/1000", 1'000},
+    {"path, 10,000 armed, per condition", "path_armed/10000", "floor_path/10000", 10'000},
+    {"path, 1 condition looking ahead", "path_ahead/1", "floor_path/1", 1},
+    {"path, 10 looking ahead, per condition", "path_ahead/10", "floor_path/10", 10},
+    {"path, 1,000 looking ahead, per condition", "path_ahead/1000", "floor_path/1000", 1'000},
+    {"path, 10,000 looking ahead, per condition", "path_ahead/10000", "floor_path/10000", 10'000},
+    {"path, 1 fired condition", "path_fired/1", "floor_path_fired/1", 1},
+    {"path, 10 fired, per condition", "path_fired/10", "floor_path_fired/10", 10},
+    {"path, 1,000 fired, per condition", "path_fired/1000", "floor_path_fired/1000", 1'000},
+    {"path, 10,000 fired, per condition", "path_fired/10000", "floor_path_fired/10000", 10'000},
+    {"cycle of a kinematics on a line", "kin_cycle_line", "floor_kin_cycle_line", 1},
+    {"cycle of a kinematics on an arc", "kin_cycle_arc", "floor_kin_cycle_arc", 1},
     {"trace, switched off", "trace_disabled", "floor_trace_disabled", 1},
     {"trace, buffered sink", "trace_buffered", "floor_trace_buffered", 1},
 };
+
+/// The figures of opening joins stand beside a second floor, too.
+constexpr std::string_view OPENING = "join_open/";
+
+std::string requiredBy(std::string_view benchmark) {
+  return fmt::format("floor_join_required/{}", benchmark.substr(OPENING.size()));
+}
 
 constexpr const char* WAIT_JOBS[] = {"wait_idle", "wait_releasing", "wait_releasing_auto_reset", "wait_reset_idle",
                                      "wait_reset_releasing"};
@@ -96,14 +118,21 @@ std::optional<double> Results::time(const std::string& benchmark) const {
 }
 
 bool Results::isComplete() const {
-  return !m_hasFailed &&
-         std::ranges::all_of(ROWS, [this](const Row& row) { return time(row.benchmark) && time(row.floor); });
+  return !m_hasFailed && std::ranges::all_of(ROWS, [this](const Row& row) {
+    const std::string_view name = row.benchmark;
+    return time(row.benchmark) && (*row.floor == '\0' || time(row.floor)) &&
+           (!name.starts_with(OPENING) || time(requiredBy(name)));
+  });
 }
 
-void Results::printRow(const char* title, const std::string& benchmark, const std::string& floor, double objects) const {
+void Results::printRow(const std::string& title, const std::string& benchmark, const std::string& floor,
+                       double objects) const {
   const auto figure = time(benchmark);
   const auto least = time(floor);
-  if (figure && least) {
+  if (figure && floor.empty()) {
+    fmt::print("  {:<42} {:>10.2f} {:>10} {:>8}  +-{:.0f} %\n", title, *figure / objects, "-", "-",
+               100 * m_medians.at(benchmark).deviation);
+  } else if (figure && least) {
     fmt::print("  {:<42} {:>10.2f} {:>10.2f} {:>8.2f}  +-{:.0f} %\n", title, *figure / objects, *least / objects,
                *figure / *least, 100 * m_medians.at(benchmark).deviation);
   }
@@ -114,11 +143,23 @@ void Results::print() const {
   for (const Row& row : ROWS) {
     printRow(row.title, row.benchmark, row.floor, row.objects);
   }
+  printJoinRequired();
   if (const auto step = time("step")) {
     fmt::print("\n  simulated object-cycles per second: {:.1f} million\n", 1e9 / (*step / 10'000) / 1e6);
   }
   if (isComplete()) {
     printTargets();
+  }
+}
+
+void Results::printJoinRequired() const {
+  fmt::print("\n  {:<42} {:>10} {:>10} {:>8}  spread\n", "opening a join, to what its meeting requires", "time [ns]",
+             "req. [ns]", "ratio");
+  for (const Row& row : ROWS) {
+    const std::string_view name = row.benchmark;
+    if (name.starts_with(OPENING)) {
+      printRow(row.title, row.benchmark, requiredBy(name), row.objects);
+    }
   }
 }
 
@@ -137,18 +178,32 @@ void Results::printTargets() const {
     printTarget(fmt::format("{} to its floor", row.title), *time(name) / *time(row.floor), 8);
   }
   printJoinTargets();
+  printPathTargets();
 }
 
 void Results::printJoinTargets() const {
   for (const Row& row : ROWS) {
     const std::string_view name = row.benchmark;
-    if (name.starts_with("join_open/") || name.starts_with("join_waiting/")) {
+    if (name.starts_with(OPENING) || name.starts_with("join_waiting/")) {
       printTarget(fmt::format("{} to its floor", row.title), *time(row.benchmark) / *time(row.floor),
-                  name.starts_with("join_open/") ? 5 : 4);
+                  name.starts_with(OPENING) ? 5 : 4);
     }
   }
   printTarget("waiting member of a join of 1,000 to that of one of 2",
               *time("join_waiting/1000") / 999 / *time("join_waiting/2"), 2);
+}
+
+void Results::printPathTargets() const {
+  for (const Row& row : ROWS) {
+    const std::string_view name = row.benchmark;
+    if (name.starts_with("path_")) {
+      printTarget(fmt::format("{} to its floor", row.title), *time(row.benchmark) / *time(row.floor), 3);
+    }
+  }
+  for (const char* kind : {"armed", "ahead", "fired"}) {
+    printTarget(fmt::format("path, {}: cost per condition of 10,000 to that of 10", kind),
+                *time(fmt::format("path_{}/10000", kind)) / 10'000 / (*time(fmt::format("path_{}/10", kind)) / 10), 2);
+  }
 }
 
 }  // namespace motion::bench

@@ -26,9 +26,12 @@ class Results : public benchmark::BenchmarkReporter {
   };
 
   [[nodiscard]] std::optional<double> time(const std::string& benchmark) const;
-  void printRow(const char* title, const std::string& benchmark, const std::string& floor, double objects) const;
+  void printRow(const std::string& title, const std::string& benchmark, const std::string& floor, double objects) const;
   void printTargets() const;
   void printJoinTargets() const;
+  void printPathTargets() const;
+  /// What opening a join costs beside what any implementation of the meeting has to do.
+  void printJoinRequired() const;
 
   std::map<std::string, Median> m_medians;
   bool m_hasFailed = false;
