@@ -77,8 +77,11 @@ JobResult JobObjSwitchOnPath::addJobsToJoblist(core::job::IJobList* list, JobLis
   if (type != JobListTypes::CYCLIC_EXECUTION) {
     return JobResult::ListTypeNotServed;
   }
-  return addJob(
-      *list, [this] { return execute(); }, getID(), SectionID::EXEC_FINAL);
+  // Chosen once, not in every cycle.
+  const core::job::Job job = m_arithmetic == FusedArithmetic::BY_PROCESSOR
+                                 ? core::job::Job([this] { return executeByProcessor(); })
+                                 : core::job::Job([this] { return executeByLibrary(); });
+  return addJob(*list, job, getID(), SectionID::EXEC_FINAL);
 }
 
 JobResult JobObjSwitchOnPath::registerInputs(core::job::IJobDataHandler* handler) {
@@ -193,22 +196,28 @@ bool JobObjSwitchOnPath::fire(SwitchOnPathPars& condition) const noexcept {
   return JobResult::NoEffect;
 }
 
-JobResult JobObjSwitchOnPath::executeByLibrary() {
-  return walk();
+JobResult JobObjSwitchOnPath::executeByLibrary() noexcept {
+  try {
+    return walk();
+  } catch (...) {
+    return JobResult::ExecutionFailed;
+  }
 }
 
 #ifdef __x86_64__
 [[gnu::target("fma")]]
 #endif
 JobResult
-JobObjSwitchOnPath::executeByProcessor() {
-  return walk();
+JobObjSwitchOnPath::executeByProcessor() noexcept {
+  try {
+    return walk();
+  } catch (...) {
+    return JobResult::ExecutionFailed;
+  }
 }
 
 JobResult JobObjSwitchOnPath::execute() noexcept {
-  return guarded(JobResult::ExecutionFailed, [this] {
-    return m_arithmetic == FusedArithmetic::BY_PROCESSOR ? executeByProcessor() : executeByLibrary();
-  });
+  return m_arithmetic == FusedArithmetic::BY_PROCESSOR ? executeByProcessor() : executeByLibrary();
 }
 
 }  // namespace motion::kavo::job

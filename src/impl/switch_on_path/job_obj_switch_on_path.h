@@ -57,8 +57,8 @@ class JobObjSwitchOnPath : public core::job::JobObjectBase {
 
   /// One look at all conditions, compiled once for any processor and once for those that multiply and add in one operation,
   /// where a call into the library for each coordinate would cost more than all the rest.
-  core::job::JobResult executeByLibrary();
-  core::job::JobResult executeByProcessor();
+  core::job::JobResult executeByLibrary() noexcept;
+  core::job::JobResult executeByProcessor() noexcept;
   core::job::JobResult walk();
   /// Where the path is looked at for a condition: here, or linearly ahead of here.
   [[nodiscard]] Position testPoint(const SwitchOnPathPars& condition, Step& step) const;
