@@ -22,7 +22,7 @@ namespace motion::test {
 
 namespace {
 
-constexpr std::chrono::seconds LIMIT{60};
+constexpr std::chrono::seconds LIMIT{300};
 
 /// Waits for a child; ends it after the limit.
 int waitFor(pid_t child) {
