@@ -76,6 +76,9 @@ class TriggerWatch::Watched {
 
   /// [cyclic & real-time]
   void look(const ToolState& tool) noexcept {
+    if (m_record.entered) {
+      return;  // nothing is left to be found out
+    }
     const double ahead = tool.hasMoved ? m_record.preTriggerTime / tool.cycleTime : 0.0;
     const Point point = ahead != 0.0 ? between(tool.before, tool.position, 1.0 + ahead) : tool.position;
     const Look now{tool.cycle, tool.cmdID, tool.position, distance(point, m_record.target),
@@ -85,7 +88,7 @@ class TriggerWatch::Watched {
     }
     // What fires without looking ahead is in the sphere, even if the last digit of this distance says otherwise.
     const bool isEntering = m_record.fired && m_record.fired->cycle == tool.cycle && ahead == 0.0;
-    if (m_record.fired && !m_record.entered && (isEntering || now.toolDistance <= m_record.radius)) {
+    if (m_record.fired && (isEntering || now.toolDistance <= m_record.radius)) {
       m_record.entered = now;
     }
     m_lastPoint = point;

@@ -17,7 +17,7 @@ using core::job::JobResult;
 
 namespace {
 
-/// Whose traces are those of every cycle, however it is computed.
+/// The operation as which the job traces: whoever reads the journal need not know that there are two ways to compute it.
 constexpr CallSite EXECUTE = KAVO_SITE.as("execute");
 
 /// Why a list of conditions is refused, null when it is not. What is wrong with mode or action does not end the search; what
