@@ -138,6 +138,11 @@ void Player::happenOutside(std::uint64_t nextCycle) {
 }
 
 void Player::carryOut(const OutsideEvent& event) {
+  actOutside(event);
+  m_lastActCycle = m_runtime.cycle().begun();
+}
+
+void Player::actOutside(const OutsideEvent& event) {
   if (event.kind == OutsideEvent::Kind::ABORT) {
     m_runtime.objMgr().find(event.object.c_str())->abortAll();
     return;
@@ -191,7 +196,7 @@ bool Player::isOver(std::uint64_t nextCycle) const {
 
 bool Player::isStuck(std::uint64_t nextCycle) const {
   if (nextCycle <= m_lastNeededCycle || m_nextOutside < m_outside.size() ||
-      nextCycle <= m_recorder.lastEventCycle() + m_quietCycles) {
+      nextCycle <= std::max(m_recorder.lastEventCycle(), m_lastActCycle) + m_quietCycles) {
     return false;
   }
   return std::ranges::none_of(m_record.objects, [](const observe::ObjectRecord& object) {

@@ -57,6 +57,7 @@ class Player {
   [[nodiscard]] bool pump(std::uint64_t nextCycle);
   void happenOutside(std::uint64_t nextCycle);
   void carryOut(const scenario::OutsideEvent& event);
+  void actOutside(const scenario::OutsideEvent& event);
   void feedPrograms();
   [[nodiscard]] bool isProgramOver(const Feed& feed) const;
   [[nodiscard]] bool isOver(std::uint64_t nextCycle) const;
@@ -77,6 +78,9 @@ class Player {
   std::vector<scenario::OutsideEvent> m_outside;  ///< in order of time
   std::size_t m_nextOutside = 0;
   std::uint64_t m_lastNeededCycle = 0;  ///< the run goes on at least until then
+  /// The cycle that had begun when something happened from outside for the last time. In real time the cycle that shows its
+  /// effect comes later, however late the player itself was.
+  std::uint64_t m_lastActCycle = 0;
   std::uint64_t m_quietCycles = 5;      ///< cycles without any event after which nothing can happen any more
   std::uint64_t m_stuckAfter = 0;       ///< the same as somebody asked for it, 0 = nobody did
 };

@@ -3,7 +3,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <optional>
+#include <thread>
+#include <utility>
 
 #include "host/observe/text_report.h"
 #include "host/scenario/scenario_reader.h"
@@ -126,6 +129,25 @@ TEST_F(PlayerTest, GivesUpAStuckRealTimeRunAfterTheCyclesThatWereAskedFor) {
   EXPECT_GE(soon.cycles, soon.objects.at(0).commands.at(0).active + 20);
   const auto late = play(NEVER_SET, Watch(), 600);
   EXPECT_GE(late.cycles, late.objects.at(0).commands.at(0).active + 600);
+}
+
+TEST_F(PlayerTest, WaitsForTheEffectOfAWriteThatItMadeLate) {
+  bool isLate = false;
+  Watch watch;
+  watch.wantsExplanation = [&isLate] {
+    if (!std::exchange(isLate, true)) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(700));
+    }
+    return false;
+  };
+  const auto record = play(
+      "cycle: 20 ms\n"
+      "objects: [{name: A, type: axis}]\n"
+      "program: {A: [WaitForSignal: {signalId: 7}]}\n"
+      "outside: [{at: 0.4 s, signal: 7, value: true}]\n",
+      watch);
+  EXPECT_EQ(record.stuck, "");
+  EXPECT_TRUE(record.isFine());
 }
 
 TEST_F(PlayerTest, ExplainsACircleWhenItIsStuck) {
