@@ -1,4 +1,4 @@
-// The in-process data layer of the host: real-time memories and providers.
+// The in-process data layer of the host: nodes, clients and real-time memories.
 #include "host/datalayer/data_layer.h"
 
 #include <algorithm>
@@ -10,10 +10,23 @@ namespace motion::host::datalayer {
 
 using namespace comm::datalayer;
 
-DataLayer::DataLayer() : m_nodes(std::make_shared<NodeRegister>()) {}
+DataLayer::DataLayer() : m_nodes(std::make_shared<NodeRegister>()), m_hub(std::make_shared<ClientHub>(m_nodes)) {}
 
-IClient* DataLayer::createClient(const std::string& /*endpoint*/) {
-  return nullptr;
+IClient* DataLayer::createClient(const std::string& endpoint) {
+  if (endpoint != CLIENT_ENDPOINT) {
+    return nullptr;
+  }
+  return host::guarded<IClient*>(nullptr,
+                                 [this] { return std::make_unique<Client>(m_hub, std::nullopt, CLIENT_LIMIT).release(); });
+}
+
+std::unique_ptr<Client> DataLayer::connect(Client::Scopes scopes, std::chrono::milliseconds limit) const {
+  return std::make_unique<Client>(m_hub, std::move(scopes), limit);
+}
+
+void DataLayer::closeClients() noexcept {
+  m_hub->close();
+  m_nodes->waitUntilIdle();
 }
 
 IProvider* DataLayer::createProvider(const std::string& endpoint) {

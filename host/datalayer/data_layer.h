@@ -1,6 +1,7 @@
-// The in-process data layer of the host: real-time memories and providers.
+// The in-process data layer of the host: nodes, clients and real-time memories.
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -12,6 +13,7 @@
 #include <string_view>
 
 #include "comm/datalayer/i_data_layer_factory.h"
+#include "host/datalayer/client.h"
 #include "host/datalayer/provider.h"
 #include "host/datalayer/rt_memory.h"
 
@@ -47,15 +49,22 @@ namespace motion::host::datalayer {
 class DataLayer : public comm::datalayer::IDataLayerFactory {
  public:
   static constexpr std::string_view PROVIDER_ENDPOINT = "inproc:///tmp/datalayer/backend";
+  static constexpr std::string_view CLIENT_ENDPOINT = "inproc:///tmp/datalayer/frontend";
+  /// How long a client waits for an answer, unless it asks for another limit.
+  static constexpr std::chrono::milliseconds CLIENT_LIMIT{2'000};
 
   DataLayer();
   DataLayer(const DataLayer&) = delete;
   DataLayer& operator=(const DataLayer&) = delete;
   ~DataLayer() override = default;
 
-  /// Always null: this version of the host offers no clients, so nodes are registered but nobody asks them. Callers
-  /// get what the contract calls "there is none" and go on as without an answer. [framework]
+  /// A client that may do everything, for the parts of this process. Null for every endpoint but CLIENT_ENDPOINT.
+  /// [framework]
   comm::datalayer::IClient* createClient(const std::string& endpoint) override;
+  /// A client with the rights of these scopes, as they are registered at each of its requests. Throws std::bad_alloc. [any]
+  [[nodiscard]] std::unique_ptr<Client> connect(Client::Scopes scopes, std::chrono::milliseconds limit = CLIENT_LIMIT) const;
+  /// Refuses all clients from now on, and waits until no provider answers any of them. Before what answers goes. [framework]
+  void closeClients() noexcept;
   /// Null for every endpoint but PROVIDER_ENDPOINT. [framework]
   comm::datalayer::IProvider* createProvider(const std::string& endpoint) override;
 
@@ -89,6 +98,7 @@ class DataLayer : public comm::datalayer::IDataLayerFactory {
   void sweep() noexcept;
 
   const std::shared_ptr<NodeRegister> m_nodes;
+  const std::shared_ptr<ClientHub> m_hub;
   mutable std::mutex m_mutex;
   std::map<std::string, std::shared_ptr<MemoryBlock>, std::less<>> m_memories;
   std::list<IssuedHandle> m_handles;

@@ -103,6 +103,7 @@ bool Session::close(std::string& problem) {
   }
   m_runtime->stopThreads();
   m_runtime->stopCommands();
+  m_dataLayer->closeClients();  // the component takes its nodes away before it says so
   bool isFine = true;
   if (m_lifecycle->state() == framework::LifecycleState::STARTED) {
     const framework::StepResult stopped = m_lifecycle->stop();

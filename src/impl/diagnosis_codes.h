@@ -23,4 +23,9 @@ inline constexpr std::uint32_t DETAIL_INVALID_OPTION_DATA = 0x0C5701B0;  ///< wh
 inline constexpr std::uint32_t DETAIL_INVALID_CONDITION = 0x0C5701B1;
 inline constexpr std::uint32_t DETAIL_NO_OPTION_DATA = 0x0C5701B2;  ///< the host does not give what the active option keeps
 
+/// Main and detail codes of a node's error; a bad request has the detail code of a refused parameter.
+inline constexpr std::uint32_t MAIN_NODE_ERROR = 0x090F2040;
+inline constexpr std::uint32_t DETAIL_INTERNAL_ERROR = 0x0C560270;  ///< the host lacks a function, or one has failed
+inline constexpr std::uint32_t DETAIL_NOT_IMPLEMENTED = 0x0C57010B;
+
 }  // namespace motion::kavo::diagnosis

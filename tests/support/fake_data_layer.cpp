@@ -1,4 +1,4 @@
-// A pretended data layer: providers, and real-time memories of real bytes.
+// A pretended data layer: providers, clients, and real-time memories of real bytes.
 #include "support/fake_data_layer.h"
 
 #include <utility>
@@ -127,6 +127,55 @@ DlResult FakeProvider::registerType(const std::string& address, const Variant& v
 DlResult FakeProvider::unregisterType(const std::string& address) {
   m_types.erase(address);
   return toResult(m_calls.note("provider.unregisterType", address));
+}
+
+FakeClient::~FakeClient() {
+  m_calls.note("client.destroyed");
+}
+
+DlResult FakeClient::readSync(const std::string& address, Variant* data) {
+  const AllocationPause pause;
+  if (const auto code = m_calls.note("client.readSync", address)) {
+    return DlResult(*code);
+  }
+  const auto found = m_values.find(address);
+  if (found == m_values.end()) {
+    return comm::datalayer::DL_INVALID_ADDRESS;
+  }
+  *data = found->second;
+  return DL_OK;
+}
+
+DlResult FakeClient::writeSync(const std::string& address, Variant* /*data*/) {
+  m_calls.note("client.writeSync", address);
+  return comm::datalayer::DL_UNSUPPORTED;
+}
+
+DlResult FakeClient::browseSync(const std::string& address, Variant* /*data*/) {
+  m_calls.note("client.browseSync", address);
+  return comm::datalayer::DL_UNSUPPORTED;
+}
+
+DlResult FakeClient::createSync(const std::string& address, Variant* /*data*/) {
+  m_calls.note("client.createSync", address);
+  return comm::datalayer::DL_UNSUPPORTED;
+}
+
+DlResult FakeClient::removeSync(const std::string& address) {
+  m_calls.note("client.removeSync", address);
+  return comm::datalayer::DL_UNSUPPORTED;
+}
+
+DlResult FakeClient::metadataSync(const std::string& address, Variant* /*data*/) {
+  m_calls.note("client.metadataSync", address);
+  return comm::datalayer::DL_UNSUPPORTED;
+}
+
+void FakeDataLayer::makeFakeClients() {
+  m_makeClient = [this](const std::string& /*endpoint*/) {
+    const AllocationPause pause;
+    return new FakeClient(m_calls, m_clientValues);
+  };
 }
 
 comm::datalayer::IClient* FakeDataLayer::createClient(const std::string& endpoint) {

@@ -1,4 +1,4 @@
-// A pretended data layer: providers, and real-time memories of real bytes.
+// A pretended data layer: providers, clients, and real-time memories of real bytes.
 #pragma once
 
 #include <atomic>
@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "comm/datalayer/i_client.h"
 #include "comm/datalayer/i_data_layer_factory.h"
 #include "support/fake_calls.h"
 
@@ -47,6 +48,30 @@ class FakeProvider : public comm::datalayer::IProvider {
   bool m_isStarted = false;
 };
 
+/// A client that knows values and nothing else; every other operation is refused with DL_UNSUPPORTED. Operations:
+/// "client.readSync" and so on, and "client.destroyed". A call is noted before it is answered, so that an action on it may
+/// change the values.
+class FakeClient : public comm::datalayer::IClient {
+ public:
+  using Values = std::map<std::string, comm::datalayer::Variant>;
+
+  /// The values, by address, belong to whoever made the client.
+  FakeClient(FakeCalls& calls, const Values& values) : m_calls(calls), m_values(values) {}
+  ~FakeClient() override;
+
+  /// DL_INVALID_ADDRESS for an address without a value.
+  comm::datalayer::DlResult readSync(const std::string& address, comm::datalayer::Variant* data) override;
+  comm::datalayer::DlResult writeSync(const std::string& address, comm::datalayer::Variant* data) override;
+  comm::datalayer::DlResult browseSync(const std::string& address, comm::datalayer::Variant* data) override;
+  comm::datalayer::DlResult createSync(const std::string& address, comm::datalayer::Variant* data) override;
+  comm::datalayer::DlResult removeSync(const std::string& address) override;
+  comm::datalayer::DlResult metadataSync(const std::string& address, comm::datalayer::Variant* data) override;
+
+ private:
+  FakeCalls& m_calls;
+  const Values& m_values;
+};
+
 /// Operations: "dataLayer.createClient", "dataLayer.createProvider", "dataLayer.createMemorySync",
 /// "dataLayer.deleteMemorySync", "dataLayer.openMemory", "dataLayer.closeMemory"; of its memories "memory.setMemoryMap",
 /// "memory.beginAccess", "memory.endAccess", shown with the memory's name first. Failing names the memory too, as in
@@ -73,6 +98,9 @@ class FakeDataLayer : public comm::datalayer::IDataLayerFactory {
   std::uint8_t m_initialByte = 0;
   /// Makes the clients; there are none without it.
   std::function<comm::datalayer::IClient*(const std::string& endpoint)> m_makeClient;
+  /// From now on the clients are FakeClients that read m_clientValues.
+  void makeFakeClients();
+  FakeClient::Values m_clientValues;
   /// The provider that was given to the last createMemorySync, and the last one created.
   const comm::datalayer::IProvider* m_memoryProvider = nullptr;
   FakeProvider* m_lastProvider = nullptr;

@@ -39,4 +39,10 @@ FakeHost::FakeHost() {
   cmdIf2.kin = &cmdKin;
 }
 
+void FakeHost::listNodes() {
+  dataLayer.makeFakeClients();
+  dataLayer.m_clientValues["datalayer/nodes"] = comm::datalayer::Variant(comm::datalayer::Variant::Strings{
+      "datalayer/nodes", "motion/state/functions/kavo/signals", "motion/state/functions/kavo/signals/*"});
+}
+
 }  // namespace motion::test

@@ -24,6 +24,9 @@ class FakeHost {
   FakeHost(const FakeHost&) = delete;
   FakeHost& operator=(const FakeHost&) = delete;
 
+  /// Its data layer has clients from now on, and they find the component's nodes listed.
+  void listNodes();
+
   FakeCalls calls;
   FakeTraceSink traceSink;
   FakeTraceService traceService{calls, traceSink};

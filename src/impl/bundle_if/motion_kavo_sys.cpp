@@ -37,10 +37,16 @@ bool MotionKavoSys::initialize(core::MotionSysIfT& sysIf, core::MotionSysIf2T& s
   sysIf.setSignal = &setSignal;
   *sysIf2.sync = {.resetSignal = &resetSignal, .setSignal = &setSignal, .getSignal = &getSignal};
   g_motionSysIf2 = &sysIf2;
-  return true;
+  if (guarded([&] { g_providerMgr = std::make_unique<ProviderMgr>(sysIf, factory); }) && g_providerMgr->run()) {
+    return true;
+  }
+  terminate();
+  return false;
 }
 
 void MotionKavoSys::terminate() noexcept {
+  // First of all: the nodes use what follows.
+  std::exchange(g_providerMgr, nullptr).reset();
   if (core::MotionSysIfT* const sysIf = std::exchange(g_motionSysIf, nullptr); sysIf != nullptr) {
     sysIf->resetSignal = nullptr;
     sysIf->setSignal = nullptr;

@@ -1,11 +1,14 @@
 // The data layer as a whole: which memories exist, who holds them, when they go, and what is refused.
 #include "host/datalayer/data_layer.h"
+#include "scripted_node.h"
 #include "support/fake_allocation.h"
 #include "support/realtime_guard.h"
 
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <atomic>
+#include <latch>
 #include <memory>
 #include <string>
 #include <thread>
@@ -15,6 +18,9 @@ namespace motion::host::datalayer {
 namespace {
 
 using namespace comm::datalayer;
+using motion::host::test::listOfScopes;
+using motion::host::test::NodeCall;
+using motion::host::test::ScriptedNode;
 using motion::test::failsDuring;
 
 constexpr std::uint32_t SIZE = 100;
@@ -44,9 +50,80 @@ TEST_F(DataLayerTest, MakesProvidersForItsEndpointOnly) {
   EXPECT_EQ(sut.providerCount(), 0U);
 }
 
-TEST_F(DataLayerTest, OffersNoClient) {
-  EXPECT_EQ(m_sut.createClient("inproc:///tmp/datalayer/frontend"), nullptr);
-  EXPECT_EQ(m_sut.createClient("inproc:///tmp/datalayer/backend"), nullptr);
+TEST_F(DataLayerTest, MakesClientsForItsEndpointOnly) {
+  auto& sut = m_sut;
+  const std::unique_ptr<IClient> client(sut.createClient("inproc:///tmp/datalayer/frontend"));
+  ASSERT_NE(client, nullptr);
+  EXPECT_EQ(client->readSync("datalayer/nodes", nullptr), DL_OK);
+  EXPECT_EQ(sut.createClient(""), nullptr);
+  EXPECT_EQ(sut.createClient("inproc:///tmp/datalayer/backend"), nullptr);
+  EXPECT_EQ(sut.createClient("inproc:///tmp/datalayer/frontend "), nullptr);
+}
+
+TEST_F(DataLayerTest, ConnectsClientsWithTheirScopes) {
+  auto& sut = m_sut;
+  const Variant list = listOfScopes({{"lists", {"datalayer/**"}, {}, {}, {}}});
+  ASSERT_EQ(m_provider->registerType("scopes/lists", list), DL_OK);
+  EXPECT_EQ(sut.connect({"lists"})->readSync("datalayer/nodes", nullptr), DL_OK);
+  EXPECT_EQ(sut.connect({})->readSync("datalayer/nodes", nullptr), DL_SEC_UNAUTHORIZED);
+}
+
+TEST_F(DataLayerTest, ClosesClientsForGood) {
+  auto& sut = m_sut;
+  const std::unique_ptr<IClient> client(sut.createClient("inproc:///tmp/datalayer/frontend"));
+  sut.closeClients();
+  EXPECT_EQ(client->readSync("datalayer/nodes", nullptr), DL_CLIENT_NOT_CONNECTED);
+  const std::unique_ptr<IClient> late(sut.createClient("inproc:///tmp/datalayer/frontend"));
+  EXPECT_EQ(late->browseSync("datalayer", nullptr), DL_CLIENT_NOT_CONNECTED);
+}
+
+TEST_F(DataLayerTest, ClosingWaitsForCallbacksThatNobodyWaitsForAnyMore) {
+  auto& sut = m_sut;
+  const std::unique_ptr<IClient> client(sut.createClient("inproc:///tmp/datalayer/frontend"));
+  std::atomic<bool> hasEnded{false};
+  ScriptedNode node([&](const NodeCall&) {
+    while (client->readSync("unknown", nullptr) != DL_CLIENT_NOT_CONNECTED) {
+      std::this_thread::yield();
+    }
+    hasEnded = true;
+  });
+  ASSERT_EQ(m_provider->registerNode("a", &node), DL_OK);
+  ASSERT_EQ(m_provider->registerType("scopes/all", listOfScopes({{"all", {"**"}, {}, {}, {}}})), DL_OK);
+  ASSERT_EQ(m_provider->start(), DL_OK);
+  EXPECT_EQ(sut.connect({"all"}, std::chrono::milliseconds(20))->readSync("a", nullptr), DL_TIMEOUT);
+  sut.closeClients();
+  EXPECT_TRUE(hasEnded);
+  m_provider.reset();
+}
+
+TEST_F(DataLayerTest, ProvidersAreAskedNothingOnceClientsAreClosed) {
+  constexpr int CLIENTS = 3;
+  for (int round = 0; round < 30; ++round) {
+    ScriptedNode node;
+    DataLayer sut;
+    const std::unique_ptr<IProvider> provider(sut.createProvider("inproc:///tmp/datalayer/backend"));
+    ASSERT_EQ(provider->registerNode("a", &node), DL_OK);
+    ASSERT_EQ(provider->start(), DL_OK);
+    std::latch start(CLIENTS + 1);
+    std::vector<std::thread> threads;
+    for (int number = 0; number < CLIENTS; ++number) {
+      threads.emplace_back([&] {
+        const std::unique_ptr<IClient> client(sut.createClient("inproc:///tmp/datalayer/frontend"));
+        start.arrive_and_wait();
+        DlResult result;
+        while ((result = client->readSync("a", nullptr)) == DL_OK) {
+        }
+        EXPECT_EQ(result, DL_CLIENT_NOT_CONNECTED);
+      });
+    }
+    start.arrive_and_wait();
+    sut.closeClients();
+    const int calls = node.calls();
+    for (std::thread& thread : threads) {
+      thread.join();
+    }
+    EXPECT_EQ(node.calls(), calls);
+  }
 }
 
 TEST_F(DataLayerTest, NewMemoryIsZero) {
@@ -255,6 +332,13 @@ TEST_F(DataLayerTest, FailedAllocationMakesNoProvider) {
     EXPECT_EQ(provider, nullptr) << number;
     EXPECT_EQ(sut.providerCount(), 1U) << number;
   }
+}
+
+TEST_F(DataLayerTest, FailedAllocationMakesNoClient) {
+  const std::string endpoint = "inproc:///tmp/datalayer/frontend";
+  std::unique_ptr<IClient> client;
+  ASSERT_TRUE(failsDuring(1, [&] { client.reset(m_sut.createClient(endpoint)); }));
+  EXPECT_EQ(client, nullptr);
 }
 
 TEST_F(DataLayerTest, GivingBackNeedsNoMemory) {

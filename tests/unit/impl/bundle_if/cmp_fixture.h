@@ -66,6 +66,7 @@ inline const std::vector<Service> SERVICES = {
 
 class MotionKavoCmpTest : public ImplTest {
  protected:
+  MotionKavoCmpTest() { m_host.listNodes(); }
   ~MotionKavoCmpTest() override {
     m_sut->stop();
     m_sut.reset();

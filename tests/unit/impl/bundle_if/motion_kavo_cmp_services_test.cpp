@@ -76,8 +76,11 @@ INSTANTIATE_TEST_SUITE_P(All, ServiceTest, testing::Range<std::size_t>(0, SERVIC
 TEST_F(MotionKavoCmpTest, TerminatesCommandsBeforeSystemFunctionsWhenTheDataLayerLeaves) {
   start();
   m_sut->removeDataLayerFactory(&m_host.dataLayer);
-  EXPECT_THAT(m_host.calls.of({"cmdFactory.unregisterCmd(2 ResetSignal)", "provider.destroyed", "dataLayer.closeMemory"}),
+  // The first provider is the one of the real-time memories, the second that of the nodes.
+  EXPECT_THAT(m_host.calls.of({"cmdFactory.unregisterCmd(2 ResetSignal)", "provider.unregisterType", "provider.destroyed",
+                               "dataLayer.closeMemory"}),
               ElementsAre("cmdFactory.unregisterCmd(2 ResetSignal)", "provider.destroyed()",
+                          "provider.unregisterType(scopes/motion)", "provider.destroyed()",
                           "dataLayer.closeMemory(signals_out)", "dataLayer.closeMemory(signals_in)"));
   EXPECT_EQ(m_host.m_extensionsAlive, 1);
 }

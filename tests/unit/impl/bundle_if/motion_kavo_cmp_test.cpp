@@ -58,12 +58,15 @@ TEST_F(MotionKavoCmpTest, BringsUpExtensionThenCommandsThenSystemFunctions) {
                                       "dataLayer.createProvider(inproc:///tmp/"
                                       "datalayer/backend)",
                                       "cmdFactory.registerCmd(1 WaitForSignal)", "cmdFactory.registerCmd(2 ResetSignal)",
-                                      "dataLayer.openMemory"});
+                                      "dataLayer.openMemory", "provider.registerNode", "provider.start"});
   EXPECT_THAT(calls, ElementsAre("extension.createExtIfObj(a name)", "sectionMgr.getSection(OBJ_DATA)",
-                                 "dataLayer.createProvider(inproc:///tmp/datalayer/backend)",
+                                 "dataLayer.createProvider(inproc:///tmp/datalayer/backend)", "provider.start()",
                                  "cmdFactory.registerCmd(1 WaitForSignal)", "cmdFactory.registerCmd(2 ResetSignal)",
                                  "dataLayer.openMemory(motion/state/functions/kavo/rt-data/signals_out)",
-                                 "dataLayer.openMemory(motion/state/functions/kavo/rt-data/signals_in)"));
+                                 "dataLayer.openMemory(motion/state/functions/kavo/rt-data/signals_in)",
+                                 "dataLayer.createProvider(inproc:///tmp/datalayer/backend)",
+                                 "provider.registerNode(motion/state/functions/kavo/signals)",
+                                 "provider.registerNode(motion/state/functions/kavo/signals/*)", "provider.start()"));
 }
 
 TEST_F(MotionKavoCmpTest, DescribesItselfToTheHost) {

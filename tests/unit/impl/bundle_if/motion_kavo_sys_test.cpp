@@ -27,6 +27,7 @@ FctResult abortNothing(void* /*context*/, const char* /*objName*/) {
 class MotionKavoSysTest : public SignalTest {
  protected:
   MotionKavoSysTest() {
+    m_host.listNodes();
     m_host.sysIf.context = &m_host;
     m_host.sysIf.getObjCount = &countNothing;
     m_host.sysIf.abortCmds = &abortNothing;
@@ -37,6 +38,10 @@ class MotionKavoSysTest : public SignalTest {
     EXPECT_EQ(m_host.dataLayer.m_openUsers, 0);
     EXPECT_EQ(openAccesses(), 0);
   }
+
+  inline static const std::string SCOPES_PUBLISHED =
+      "Info provider_mgr registerScopes: Creation of scopes at datalayer/security/scopes succeeded";
+  inline static const std::string SCOPES_WITHDRAWN = "Info provider_mgr unregisterScopes: Deletion of scopes succeeded";
 
   [[nodiscard]] bool initialize() { return sut::initialize(m_host.sysIf, m_host.sysIf2, m_host.dataLayer); }
 
@@ -58,6 +63,7 @@ class MotionKavoSysTest : public SignalTest {
     EXPECT_EQ(m_host.sysSync.setSignal, nullptr);
     EXPECT_EQ(m_host.sysSync.getSignal, nullptr);
     EXPECT_EQ(sut::g_signals, nullptr);
+    EXPECT_EQ(sut::g_providerMgr, nullptr);
     EXPECT_EQ(sut::g_motionSysIf, nullptr);
     EXPECT_EQ(sut::g_motionSysIf2, nullptr);
   }
@@ -84,8 +90,9 @@ TEST_F(MotionKavoSysTest, PublishesItsFunctionsInBothRecords) {
   EXPECT_TRUE(initialize());
   expectPublished();
   EXPECT_NE(sut::g_signals, nullptr);
+  EXPECT_NE(sut::g_providerMgr, nullptr);
   expectNeighboursUntouched();
-  EXPECT_THAT(traces(), IsEmpty());
+  EXPECT_THAT(traces(), ElementsAre(SCOPES_PUBLISHED));
 }
 
 TEST_F(MotionKavoSysTest, TakesEverythingBack) {
@@ -96,7 +103,7 @@ TEST_F(MotionKavoSysTest, TakesEverythingBack) {
   EXPECT_EQ(m_host.dataLayer.m_openUsers, 0);
   sut::terminate();
   expectNothingPublished();
-  EXPECT_THAT(traces(), IsEmpty());
+  EXPECT_THAT(traces(), ElementsAre(SCOPES_PUBLISHED, SCOPES_WITHDRAWN));
 }
 
 TEST_F(MotionKavoSysTest, TakesTheFunctionsBackBeforeItDeletesTheStore) {
@@ -104,6 +111,55 @@ TEST_F(MotionKavoSysTest, TakesTheFunctionsBackBeforeItDeletesTheStore) {
   const auto closing = m_host.calls.onCall("dataLayer.closeMemory", [this] { expectNothingPublished(); });
   sut::terminate();
   EXPECT_EQ(m_host.calls.count("dataLayer.closeMemory"), 2);
+}
+
+TEST_F(MotionKavoSysTest, StartsTheProviderWhenTheFunctionsCanBeCalled) {
+  const auto starting = m_host.calls.onCall("provider.start", [this] {
+    expectPublished();
+    EXPECT_NE(sut::g_signals, nullptr);
+  });
+  ASSERT_TRUE(initialize());
+  EXPECT_EQ(m_host.calls.count("provider.start"), 1);
+  EXPECT_EQ(&sut::g_providerMgr->getMotionSysIF(), &m_host.sysIf);
+}
+
+TEST_F(MotionKavoSysTest, DeletesTheProviderBeforeAnythingElse) {
+  ASSERT_TRUE(initialize());
+  const auto deleting = m_host.calls.onCall("provider.destroyed", [this] {
+    expectPublished();
+    EXPECT_NE(sut::g_signals, nullptr);
+    EXPECT_EQ(sut::g_providerMgr, nullptr) << "it is forgotten first";
+  });
+  sut::terminate();
+  EXPECT_EQ(m_host.calls.count("provider.destroyed"), 1);
+}
+
+TEST_F(MotionKavoSysTest, LeavesNothingWhenTheProviderDoesNotRun) {
+  m_host.calls.fail("provider.start", 0x80000001);
+  EXPECT_FALSE(initialize());
+  expectNothingPublished();
+  expectNeighboursUntouched();
+  EXPECT_EQ(m_host.dataLayer.m_openUsers, 0);
+  EXPECT_EQ(m_host.calls.count("provider.destroyed"), 1);
+  EXPECT_THAT(traces(), ElementsAre(SCOPES_PUBLISHED, SCOPES_WITHDRAWN)) << "its failure is for others to trace";
+}
+
+TEST_F(MotionKavoSysTest, LeavesNothingOfBeforeWhenTheProviderDoesNotRunAgain) {
+  ASSERT_TRUE(initialize());
+  m_host.calls.fail("provider.start", 0x80000001);
+  EXPECT_FALSE(initialize());
+  expectNothingPublished();
+  EXPECT_EQ(m_host.dataLayer.m_openUsers, 0);
+  EXPECT_EQ(m_host.calls.count("provider.destroyed"), 2);
+}
+
+TEST_F(MotionKavoSysTest, ReplacesTheProviderBeforeTheNewOneRuns) {
+  ASSERT_TRUE(initialize());
+  forget();
+  EXPECT_TRUE(initialize());
+  EXPECT_THAT(
+      m_host.calls.of({"dataLayer.createProvider", "provider.destroyed", "provider.start"}),
+      ElementsAre("provider.destroyed()", "dataLayer.createProvider(inproc:///tmp/datalayer/backend)", "provider.start()"));
 }
 
 TEST_F(MotionKavoSysTest, IsHarmlessToTerminateBeforeItIsInitialised) {
@@ -154,6 +210,7 @@ TEST_F(MotionKavoSysTest, RefusesACallThroughAnOldPointer) {
   ASSERT_TRUE(initialize());
   const auto set = m_host.sysIf.setSignal;
   sut::terminate();
+  forget();
   EXPECT_EQ(core::toCode(set(nullptr, 1)), 0xF010000EU);
   EXPECT_EQ(traces().size(), 1U);
 }
@@ -195,7 +252,8 @@ TEST_F(MotionKavoSysTest, StartsWithoutTheMemoriesAndRefusesEachCall) {
   m_host.calls.fail("dataLayer.openMemory", 0x80010001);
   EXPECT_TRUE(initialize());
   EXPECT_EQ(sut::setSignal(nullptr, 7), FctResult::NotOkay);
-  EXPECT_THAT(traces(), ElementsAre(StartsWith("Error signals Signals:"), StartsWith("Error signals beginAccess:")));
+  EXPECT_THAT(traces(),
+              ElementsAre(StartsWith("Error signals Signals:"), SCOPES_PUBLISHED, StartsWith("Error signals beginAccess:")));
 }
 
 TEST_F(MotionKavoSysTest, LeavesNothingAfterAFailureToAllocate) {
