@@ -14,6 +14,7 @@
 
 #include "host/observe/json_report.h"
 #include "host/observe/text_report.h"
+#include "host/run/nodes.h"
 #include "host/run/play.h"
 
 namespace {
@@ -38,6 +39,8 @@ struct Arguments {
   bool json = false;
   bool events = false;
   double startLimit = 30.0;  // [s]
+  std::vector<std::string> scopes;
+  bool unrestricted = false;
 };
 
 /// The bundle of the build tree or installation that this program belongs to.
@@ -106,12 +109,37 @@ void print(const PlayResult& result, const Arguments& arguments) {
   }
 }
 
+void complete(Arguments& arguments) {
+  if (arguments.play.bundleDir.empty()) {
+    arguments.play.bundleDir = defaultBundle();
+  }
+  arguments.play.startLimit = std::chrono::milliseconds(static_cast<std::int64_t>(arguments.startLimit * 1e3));
+}
+
+int exitCode(const PlayResult& result) {
+  std::fflush(nullptr);
+  const int code = static_cast<int>(result.outcome);
+  if (result.lost) {
+    // A thread still runs in the component; destroying anything under it would be wrong.
+    std::_Exit(code);
+  }
+  return code;
+}
+
+int showNodes(const Arguments& arguments) {
+  namespace run = motion::host::run;
+  const run::NodesResult result =
+      run::lookAtNodes({arguments.play, arguments.unrestricted ? std::nullopt : std::optional(arguments.scopes)});
+  printProblems(result.play);
+  if (result.seen) {
+    fmt::print("{}", arguments.json ? motion::host::observe::nodesJson(*result.seen)
+                                    : motion::host::observe::nodesText(*result.seen));
+  }
+  return exitCode(result.play);
+}
+
 int play(Arguments& arguments) {
   PlayOptions& options = arguments.play;
-  if (options.bundleDir.empty()) {
-    options.bundleDir = defaultBundle();
-  }
-  options.startLimit = std::chrono::milliseconds(static_cast<std::int64_t>(arguments.startLimit * 1e3));
   const bool onTerminal = isatty(STDERR_FILENO) != 0;
   if (onTerminal) {
     options.watch.onProgress = showProgress;
@@ -126,13 +154,7 @@ int play(Arguments& arguments) {
     fmt::print(stderr, "\r\033[K");
   }
   print(result, arguments);
-  std::fflush(nullptr);
-  const int code = static_cast<int>(result.outcome);
-  if (result.lost) {
-    // A thread still runs in the component; destroying anything under it would be wrong.
-    std::_Exit(code);
-  }
-  return code;
+  return exitCode(result);
 }
 
 }  // namespace
@@ -155,11 +177,19 @@ int main(int argc, char** argv) {
   CLI::App* check = app.add_subcommand("check", "read and validate a scenario without running it");
   addCommonOptions(*check, arguments);
   check->footer(EXIT_CODES);
+  CLI::App* nodes = app.add_subcommand("nodes", "start the bundle and print what a client sees of the data layer");
+  addCommonOptions(*nodes, arguments);
+  nodes->add_option("--scope", arguments.scopes, "scope that the client is granted; may be given several times");
+  nodes->add_flag("--unrestricted", arguments.unrestricted, "look as the host itself, which may do everything")
+      ->excludes("--scope");
+  nodes->footer(std::string(EXIT_CODES) +
+                "\nA client without scopes sees nothing. An operation in brackets is offered, but not to this client.");
 
   try {
     app.parse(argc, argv);
     arguments.play.checkOnly = check->parsed();
-    return play(arguments);
+    complete(arguments);
+    return nodes->parsed() ? showNodes(arguments) : play(arguments);
   } catch (const CLI::ParseError& error) {
     return app.exit(error) == 0 ? 0 : static_cast<int>(Outcome::BAD_INPUT);
   } catch (const std::exception& error) {

@@ -24,16 +24,16 @@ class ClientHub {
   explicit ClientHub(std::shared_ptr<const NodeRegister> nodes) : m_nodes(std::move(nodes)) {}
 
   [[nodiscard]] const NodeRegister& nodes() const noexcept { return *m_nodes; }
-  /// From now on every request is refused, and no provider gets one any more. [framework]
-  void close() noexcept {
+  /// While closed every request is refused, and no provider gets one. [framework]
+  void setClosed(bool isClosed) noexcept {
     const std::lock_guard lock(m_mutex);
-    m_isClosed = true;
+    m_isClosed = isClosed;
   }
   [[nodiscard]] bool isClosed() const noexcept {
     const std::shared_lock lock(m_mutex);
     return m_isClosed;
   }
-  /// Hands a request to a provider unless closed: `close` comes either before or after that. [any]
+  /// Hands a request to a provider unless closed: closing comes either before or after that. [any]
   template <typename POST>
   [[nodiscard]] comm::datalayer::DlResult post(const POST& post) const {
     const std::shared_lock lock(m_mutex);

@@ -25,8 +25,12 @@ std::unique_ptr<Client> DataLayer::connect(Client::Scopes scopes, std::chrono::m
 }
 
 void DataLayer::closeClients() noexcept {
-  m_hub->close();
+  m_hub->setClosed(true);
   m_nodes->waitUntilIdle();
+}
+
+void DataLayer::openClients() noexcept {
+  m_hub->setClosed(false);
 }
 
 IProvider* DataLayer::createProvider(const std::string& endpoint) {

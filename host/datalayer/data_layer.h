@@ -63,8 +63,12 @@ class DataLayer : public comm::datalayer::IDataLayerFactory {
   comm::datalayer::IClient* createClient(const std::string& endpoint) override;
   /// A client with the rights of these scopes, as they are registered at each of its requests. Throws std::bad_alloc. [any]
   [[nodiscard]] std::unique_ptr<Client> connect(Client::Scopes scopes, std::chrono::milliseconds limit = CLIENT_LIMIT) const;
-  /// Refuses all clients from now on, and waits until no provider answers any of them. Before what answers goes. [framework]
+  /// What can be granted to clients. [any]
+  [[nodiscard]] const ScopeRegister& scopes() const noexcept { return m_nodes->scopes(); }
+  /// Refuses all clients until openClients, and waits until no provider answers any of them. Before what answers goes. [framework]
   void closeClients() noexcept;
+  /// Serves clients again, those of before among them. A new data layer does so from the beginning. [framework]
+  void openClients() noexcept;
   /// Null for every endpoint but PROVIDER_ENDPOINT. [framework]
   comm::datalayer::IProvider* createProvider(const std::string& endpoint) override;
 

@@ -29,7 +29,9 @@ std::string targetOf(const Metadata& metadata, const char* type) {
 
 NodeDescription describe(const Metadata& metadata) {
   NodeDescription result;
+  result.nodeClass = metadata.nodeClass();
   result.description = textOf(metadata.description());
+  result.descriptionUrl = textOf(metadata.descriptionUrl());
   if (const AllowedOperations* const allowed = metadata.operations(); allowed != nullptr) {
     result.canRead = allowed->read();
     result.canWrite = allowed->write();

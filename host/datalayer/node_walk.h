@@ -25,7 +25,9 @@ struct NodeError {
 
 /// What a node says of itself.
 struct NodeDescription {
+  std::uint32_t nodeClass = 0;  ///< code of the data layer: 3 variable, 7 folder
   std::string description;
+  std::string descriptionUrl;
   bool canRead = false;
   bool canWrite = false;
   bool canCreate = false;

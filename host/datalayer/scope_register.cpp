@@ -1,6 +1,8 @@
 #include "host/datalayer/scope_register.h"
 
 #include <algorithm>
+#include <set>
+#include <string_view>
 
 #include "host/datalayer/address.h"
 #include "schemas/datalayer/scopes_generated.h"
@@ -23,6 +25,16 @@ bool take(GRANTS& grants, const Patterns* patterns, Rights rights) {
     grants.push_back({patterns->Get(i)->str(), rights});
   }
   return true;
+}
+
+/// The levels of a pattern ahead of the first wildcard.
+std::string fixedLevelsOf(std::string_view pattern) {
+  std::string fixed;
+  for (std::string_view level; takeLevel(pattern, level) && level != ONE_LEVEL && level != ALL_LEVELS;) {
+    fixed += fixed.empty() ? "" : "/";
+    fixed += level;
+  }
+  return fixed;
 }
 
 const comm::datalayer::Scopes* scopesIn(const Variant& value) {
@@ -94,6 +106,32 @@ AccessRights ScopeRegister::rightsOf(const std::vector<std::string>& identifiers
     }
   }
   return rights;
+}
+
+std::vector<std::string> ScopeRegister::readableRootsOf(const std::vector<std::string>& identifiers) const {
+  std::set<std::string> roots;
+  {
+    const std::lock_guard lock(m_mutex);
+    for (const std::string& identifier : identifiers) {
+      const auto scope = m_scopes.find(identifier);
+      for (std::size_t i = 0; scope != m_scopes.end() && i < scope->second.grants.size(); ++i) {
+        const Grant& grant = scope->second.grants[i];
+        const std::string root = fixedLevelsOf(grant.pattern);
+        if ((grant.rights & static_cast<Rights>(Right::READ)) != 0) {
+          roots.insert(root);
+        }
+      }
+    }
+  }
+  std::vector<std::string> result;
+  for (const std::string& root : roots) {
+    const bool isBelow =
+        std::ranges::any_of(result, [&root](const auto& other) { return other.empty() || root.starts_with(other + "/"); });
+    if (!isBelow) {
+      result.push_back(root);
+    }
+  }
+  return result;
 }
 
 }  // namespace motion::host::datalayer

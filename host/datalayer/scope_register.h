@@ -26,6 +26,9 @@ class ScopeRegister {
   [[nodiscard]] std::vector<std::string> identifiers() const;
   /// The rights of these scopes as they are registered now; unknown ones give none. [any]
   [[nodiscard]] AccessRights rightsOf(const std::vector<std::string>& identifiers) const;
+  /// Where the readable nodes of these scopes begin: the levels of their patterns that are no wildcards, none of them below
+  /// another one, in order. Empty text: a pattern begins with a wildcard. [any]
+  [[nodiscard]] std::vector<std::string> readableRootsOf(const std::vector<std::string>& identifiers) const;
   /// Changes whenever scopes do. [any]
   [[nodiscard]] std::uint64_t version() const noexcept { return m_version.load(std::memory_order_acquire); }
 

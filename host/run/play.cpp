@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <memory>
 
+#include "host/run/outside_writes.h"
 #include "host/run/program.h"
 #include "host/run/program_checks.h"
 #include "host/run/session.h"
@@ -18,12 +19,12 @@ bool hasErrors(const scenario::Problems& problems) {
 
 /// Plays in an open session.
 void playIn(Session& session, const scenario::Scenario& scenario, const PlayOptions& options, PlayResult& result) {
-  for (const scenario::ObjectDef& object : scenario.objects) {
-    session.runtime().addObject(object.name, object.type, object.start,
-                                UnitHelper::settings(object.lengthUnit, object.timeUnit));
-  }
+  addObjects(session.runtime(), scenario);
   ProgramResult program = prepareProgram(scenario, session.runtime(), [&session] { return session.takeMessages(); });
-  result.problems.insert(result.problems.end(), program.problems.begin(), program.problems.end());
+  const scenario::Problems writes = checkOutsideWrites(scenario, session.dataLayer().scopes());
+  for (const scenario::Problems& problems : {program.problems, writes}) {
+    result.problems.insert(result.problems.end(), problems.begin(), problems.end());
+  }
   result.objects = scenario.objects.size();
   for (const ObjectCalls& calls : program.programs) {
     result.commands += calls.calls.size();
@@ -35,7 +36,7 @@ void playIn(Session& session, const scenario::Scenario& scenario, const PlayOpti
   const scenario::Problems findings = checkPrograms(scenario, program.programs);
   result.problems.insert(result.problems.end(), findings.begin(), findings.end());
   if (options.checkOnly) {
-    result.outcome = findings.empty() ? Outcome::FINE : Outcome::NOT_FINE;
+    result.outcome = findings.empty() && writes.empty() ? Outcome::FINE : Outcome::NOT_FINE;
     return;
   }
   Player player(session, scenario, std::move(program.programs));
@@ -55,7 +56,19 @@ void playIn(Session& session, const scenario::Scenario& scenario, const PlayOpti
 
 }  // namespace
 
+void addObjects(Runtime& runtime, const scenario::Scenario& scenario) {
+  for (const scenario::ObjectDef& object : scenario.objects) {
+    runtime.addObject(object.name, object.type, object.start, UnitHelper::settings(object.lengthUnit, object.timeUnit));
+  }
+}
+
 PlayResult play(const PlayOptions& options) {
+  return playInSession(options, [&options](Session& session, const scenario::Scenario& scenario, PlayResult& result) {
+    playIn(session, scenario, options, result);
+  });
+}
+
+PlayResult playInSession(const PlayOptions& options, const SessionWork& work) {
   PlayResult result;
   scenario::ReadResult read = scenario::readScenarioFile(options.file);
   result.problems = std::move(read.problems);
@@ -70,7 +83,7 @@ PlayResult play(const PlayOptions& options) {
     result.lost = session.isLost();
     return result;
   }
-  playIn(session, *read.scenario, options, result);
+  work(session, *read.scenario, result);
   if (!session.close(result.failure)) {
     result.outcome = Outcome::NO_BUNDLE;
     result.lost = session.isLost();

@@ -41,4 +41,13 @@ struct PlayResult {
 
 [[nodiscard]] PlayResult play(const PlayOptions& options);
 
+/// What is done between the start of the bundle and its stop; it may set outcome, problems and failure.
+using SessionWork = std::function<void(Session& session, const scenario::Scenario& scenario, PlayResult& result)>;
+
+/// Reads the scenario, starts the bundle, lets `work` do its part, and stops the bundle. [framework]
+[[nodiscard]] PlayResult playInSession(const PlayOptions& options, const SessionWork& work);
+
+/// Creates the scenario's objects. Before the first cycle. [framework]
+void addObjects(Runtime& runtime, const scenario::Scenario& scenario);
+
 }  // namespace motion::host::run

@@ -5,7 +5,9 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <optional>
 #include <thread>
+#include <utility>
 
 #include "host/observe/wait_graph.h"
 #include "host/run/expectations.h"
@@ -24,6 +26,22 @@ constexpr double QUIET_TIME = 0.25;
 constexpr std::chrono::microseconds PLAYER_INTERVAL{500};
 constexpr std::chrono::milliseconds PROGRESS_INTERVAL{200};
 
+/// Tells who watches that the run is over, also when an exception ends it.
+class EndOfRun {
+ public:
+  explicit EndOfRun(const Watch& watch) : m_watch(watch) {}
+  EndOfRun(const EndOfRun&) = delete;
+  EndOfRun& operator=(const EndOfRun&) = delete;
+  ~EndOfRun() {
+    if (m_watch.onEnd) {
+      m_watch.onEnd();
+    }
+  }
+
+ private:
+  const Watch& m_watch;
+};
+
 }  // namespace
 
 Player::Player(Session& session, const scenario::Scenario& scenario, std::vector<ObjectCalls> programs)
@@ -32,6 +50,7 @@ Player::Player(Session& session, const scenario::Scenario& scenario, std::vector
       m_runtime(session.runtime()),
       m_watch(session.dataLayer()),
       m_recorder(m_watch, m_record),
+      m_outsideWrites(session.dataLayer()),
       m_outside(scenario.outside) {
   for (ObjectCalls& program : programs) {
     m_feeds.push_back({std::move(program), 0});
@@ -87,6 +106,8 @@ void Player::playReal(const Watch& watch) {
   m_quietCycles = m_stuckAfter != 0
                       ? m_stuckAfter
                       : std::max(m_quietCycles, static_cast<std::uint64_t>(std::ceil(QUIET_TIME / m_scenario.cycleTime)));
+  const std::string notice = watch.onStart ? watch.onStart(m_session, m_scenario) : "";
+  std::optional<EndOfRun> end(std::in_place, watch);
   feedPrograms();
   RealTimePacer pacer(m_scenario.cycleTime);
   std::atomic<bool> started{false};
@@ -96,6 +117,7 @@ void Player::playReal(const Watch& watch) {
   });
   auto nextProgress = std::chrono::steady_clock::now() + PROGRESS_INTERVAL;
   while (!started.load(std::memory_order_acquire) || pump(m_runtime.cycle().ended() + 1)) {
+    tell(watch);
     if (watch.onProgress && std::chrono::steady_clock::now() >= nextProgress) {
       watch.onProgress(progress(m_runtime.cycle().begun()));
       nextProgress += PROGRESS_INTERVAL;
@@ -106,9 +128,21 @@ void Player::playReal(const Watch& watch) {
     std::this_thread::sleep_for(PLAYER_INTERVAL);
   }
   m_runtime.stopThreads();
+  m_recorder.drain();
+  tell(watch);
+  end.reset();
+  if (!notice.empty()) {
+    m_record.warning += (m_record.warning.empty() ? "" : ". ") + notice;
+  }
   const Punctuality punctuality = pacer.punctuality();
   m_record.punctuality = {punctuality.cycles, punctuality.overruns, static_cast<double>(punctuality.latestWakeUp) * 1e-9};
   finish();
+}
+
+void Player::tell(const Watch& watch) const {
+  if (watch.onLook) {
+    watch.onLook(m_record, m_runtime.cycle().begun());
+  }
 }
 
 bool Player::pump(std::uint64_t nextCycle) {
@@ -147,13 +181,8 @@ void Player::actOutside(const OutsideEvent& event) {
     m_runtime.objMgr().find(event.object.c_str())->abortAll();
     return;
   }
-  const core::MotionSysSyncFctT& functions = m_runtime.records().sysSync;
-  const core::SignalFn function = event.value ? functions.setSignal : functions.resetSignal;
-  const core::FctResult result = function != nullptr ? function(nullptr, event.signal) : core::FctResult::NotAvailable;
-  if (core::isFailure(result)) {
-    m_record.failures.push_back(fmt::format("line {}: {} could not be {} from outside (0x{:08X})", event.mark.line,
-                                            observe::signalText(m_record, event.signal), event.value ? "set" : "reset",
-                                            core::toCode(result)));
+  if (std::string problem = m_outsideWrites.carryOut(event, m_record); !problem.empty()) {
+    m_record.failures.push_back(std::move(problem));
   }
 }
 

@@ -9,6 +9,7 @@
 #include "host/observe/recorder.h"
 #include "host/observe/run_record.h"
 #include "host/observe/trigger_watch.h"
+#include "host/run/outside_writes.h"
 #include "host/run/program.h"
 #include "host/run/session.h"
 #include "host/scenario/scenario.h"
@@ -29,6 +30,12 @@ struct Watch {
   /// Asked often; true means that somebody wants to know who waits for whom. May be empty.
   std::function<bool()> wantsExplanation;
   std::function<void(const std::string&)> onExplanation;
+  /// Once, before the first cycle. A text that is not empty is a warning for the record. May be empty.
+  std::function<std::string(Session& session, const scenario::Scenario& scenario)> onStart;
+  /// Often, when the record has been brought up to date, with the cycle that has begun; also after the last cycle. May be empty.
+  std::function<void(const observe::RunRecord& record, std::uint64_t cycle)> onLook;
+  /// Once after onStart, whatever ends the run, while the session is still open. Must not throw. May be empty.
+  std::function<void()> onEnd;
 };
 
 class Player {
@@ -55,6 +62,7 @@ class Player {
 
   /// What has to be done before the next cycle; false when the run is over.
   [[nodiscard]] bool pump(std::uint64_t nextCycle);
+  void tell(const Watch& watch) const;
   void happenOutside(std::uint64_t nextCycle);
   void carryOut(const scenario::OutsideEvent& event);
   void actOutside(const scenario::OutsideEvent& event);
@@ -74,6 +82,7 @@ class Player {
   observe::SignalWatch m_watch;
   observe::Recorder m_recorder;
   observe::TriggerWatch m_triggers;
+  OutsideWrites m_outsideWrites;
   std::vector<Feed> m_feeds;
   std::vector<scenario::OutsideEvent> m_outside;  ///< in order of time
   std::size_t m_nextOutside = 0;
@@ -81,8 +90,8 @@ class Player {
   /// The cycle that had begun when something happened from outside for the last time. In real time the cycle that shows its
   /// effect comes later, however late the player itself was.
   std::uint64_t m_lastActCycle = 0;
-  std::uint64_t m_quietCycles = 5;      ///< cycles without any event after which nothing can happen any more
-  std::uint64_t m_stuckAfter = 0;       ///< the same as somebody asked for it, 0 = nobody did
+  std::uint64_t m_quietCycles = 5;  ///< cycles without any event after which nothing can happen any more
+  std::uint64_t m_stuckAfter = 0;   ///< the same as somebody asked for it, 0 = nobody did
 };
 
 }  // namespace motion::host::run

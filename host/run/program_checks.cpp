@@ -106,7 +106,7 @@ class Checker {
 
   [[nodiscard]] bool isWrittenFromOutside(std::uint32_t signal, bool value) const {
     return std::ranges::any_of(m_scenario.outside, [&](const OutsideEvent& event) {
-      return event.kind == OutsideEvent::Kind::SIGNAL && event.signal == signal && event.value == value;
+      return event.kind == OutsideEvent::Kind::SIGNAL && !event.refused && event.signal == signal && event.value == value;
     });
   }
 
@@ -294,7 +294,7 @@ class Checker {
     observe::SignalOutlook signals;
     signals.fill({.set = false, .reset = true});
     for (const OutsideEvent& event : m_scenario.outside) {
-      if (event.kind == OutsideEvent::Kind::SIGNAL && event.value) {
+      if (event.kind == OutsideEvent::Kind::SIGNAL && !event.refused && event.value) {
         signals.at(event.signal).set = true;
       }
     }

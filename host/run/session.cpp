@@ -55,6 +55,7 @@ bool Session::open(std::string& problem) {
     problem = loaded.error;
     return false;
   }
+  m_dataLayer->openClients();
   m_lifecycle = std::make_unique<framework::ComponentLifecycle>(std::move(*loaded.bundle));
   if (start(problem)) {
     return true;

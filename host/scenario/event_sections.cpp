@@ -16,11 +16,29 @@ namespace {
 constexpr double DEFAULT_TOLERANCE = 1e-6;  // [m]
 constexpr std::array<std::string_view, 4> STATES{"done", "aborted", "failed", "active"};
 
+std::vector<ScopeName> readScopes(const Value& value, Reading& reading) {
+  std::vector<ScopeName> scopes;
+  if (isKindOrEmpty(value, Value::Kind::LIST, "scopes", reading.problems)) {
+    for (const Value& item : value.items) {
+      if (const std::string* name = readWord(item, "scopes", reading.problems)) {
+        scopes.push_back({*name, item.mark});
+      }
+    }
+  }
+  return scopes;
+}
+
 void readOutsideSignal(const MapReader& map, OutsideEvent& event, Reading& reading) {
   event.kind = OutsideEvent::Kind::SIGNAL;
   event.signal = readSignal(*map.find("signal"), "signal", reading).value_or(0);
   if (const Value* value = map.require("value")) {
     event.value = readBool(*value, "value", reading.problems).value_or(false);
+  }
+  if (const Value* scopes = map.find("scopes"); scopes != nullptr) {
+    event.scopes = readScopes(*scopes, reading);
+  }
+  if (const Value* refused = map.find("refused"); refused != nullptr) {
+    event.refused = readBool(*refused, "refused", reading.problems).value_or(false);
   }
 }
 
@@ -28,7 +46,7 @@ void readOutsideEvent(const Value& value, Reading& reading) {
   if (!isKind(value, Value::Kind::MAP, "outside event", reading.problems)) {
     return;
   }
-  const MapReader map(value, "outside event", {"at", "signal", "value", "abort"}, reading.problems);
+  const MapReader map(value, "outside event", {"at", "signal", "value", "scopes", "refused", "abort"}, reading.problems);
   OutsideEvent event;
   event.mark = value.mark;
   if (const Value* at = map.require("at")) {
@@ -42,8 +60,10 @@ void readOutsideEvent(const Value& value, Reading& reading) {
     event.kind = OutsideEvent::Kind::ABORT;
     const std::string* object = readObjectName(*abort, "abort", reading);
     event.object = object != nullptr ? *object : std::string();
-    if (const Value* superfluous = map.find("value")) {
-      reading.problems.error(superfluous->key, "outside event: 'value' does not go with 'abort'");
+    for (const char* key : {"value", "scopes", "refused"}) {
+      if (const Value* superfluous = map.find(key)) {
+        reading.problems.error(superfluous->key, fmt::format("outside event: '{}' does not go with 'abort'", key));
+      }
     }
   } else {
     reading.problems.error(value.mark, "outside event: expected either 'signal' or 'abort'",

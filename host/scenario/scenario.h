@@ -67,6 +67,12 @@ struct CommandRef {
   Mark mark;
 };
 
+/// A scope that the client of an outside write holds.
+struct ScopeName {
+  std::string name;
+  Mark mark;
+};
+
 /// Something that happens from outside, before the first cycle that begins at or after `at`.
 struct OutsideEvent {
   enum class Kind { SIGNAL, ABORT };
@@ -75,7 +81,9 @@ struct OutsideEvent {
   double at = 0.0;  ///< [s]
   std::uint32_t signal = 0;
   bool value = false;
-  std::string object;  ///< of an abort
+  std::vector<ScopeName> scopes{{"motion.operate", {}}};  ///< of the client that writes the signal
+  bool refused = false;                                   ///< the write is expected to be refused for want of a right
+  std::string object;                                     ///< of an abort
   Mark mark;
 };
 

@@ -68,13 +68,16 @@ TEST_F(DataLayerTest, ConnectsClientsWithTheirScopes) {
   EXPECT_EQ(sut.connect({})->readSync("datalayer/nodes", nullptr), DL_SEC_UNAUTHORIZED);
 }
 
-TEST_F(DataLayerTest, ClosesClientsForGood) {
+TEST_F(DataLayerTest, ClosesClientsUntilTheyAreOpened) {
   auto& sut = m_sut;
   const std::unique_ptr<IClient> client(sut.createClient("inproc:///tmp/datalayer/frontend"));
   sut.closeClients();
   EXPECT_EQ(client->readSync("datalayer/nodes", nullptr), DL_CLIENT_NOT_CONNECTED);
   const std::unique_ptr<IClient> late(sut.createClient("inproc:///tmp/datalayer/frontend"));
   EXPECT_EQ(late->browseSync("datalayer", nullptr), DL_CLIENT_NOT_CONNECTED);
+  sut.openClients();
+  EXPECT_EQ(client->readSync("datalayer/nodes", nullptr), DL_OK);
+  EXPECT_EQ(late->browseSync("datalayer", nullptr), DL_OK);
 }
 
 TEST_F(DataLayerTest, ClosingWaitsForCallbacksThatNobodyWaitsForAnyMore) {

@@ -176,6 +176,27 @@ TEST(ScopeRegisterTest, FailedAllocationChangesNothing) {
   EXPECT_GT(number, 4);
 }
 
+TEST(ScopeRegisterTest, TellsWhereReadableNodesBegin) {
+  ScopeRegister sut;
+  const Variant list = listOfScopes({{"a", {"m/s/**", "m/s/x/*", "m/s2", "m/*/x"}, {}, {}, {}},
+                                     {"writes", {}, {"n/w/*"}, {}, {}},
+                                     {"uses", {}, {}, {"u/**"}, {}},
+                                     {"all", {}, {}, {}, {"**"}},
+                                     {"manages", {}, {}, {}, {"m/**"}}});
+  ASSERT_EQ(sut.add(ADDRESS, list), DL_OK);
+  using Texts = std::vector<std::string>;
+  EXPECT_EQ(sut.readableRootsOf({"a"}), (Texts{"m"})) << "everything else lies below it";
+  EXPECT_EQ(sut.readableRootsOf({"writes"}), (Texts{"n/w"}));
+  EXPECT_EQ(sut.readableRootsOf({"uses"}), Texts());
+  EXPECT_EQ(sut.readableRootsOf({"writes", "manages"}), (Texts{"m", "n/w"}));
+  EXPECT_EQ(sut.readableRootsOf({"writes", "all"}), (Texts{""}));
+  EXPECT_EQ(sut.readableRootsOf({"unknown"}), Texts());
+  EXPECT_EQ(sut.readableRootsOf({}), Texts());
+  sut.remove(ADDRESS);
+  ASSERT_EQ(sut.add(ADDRESS, listOfScopes({{"b", {"m/s/**", "m/s/x/*", "m/s2"}, {}, {}, {}}})), DL_OK);
+  EXPECT_EQ(sut.readableRootsOf({"b"}), (Texts{"m/s", "m/s2"}));
+}
+
 TEST(ScopeRegisterTest, ListsComeAndGoWhileOthersAskForTheirRights) {
   ScopeRegister sut;
   std::atomic<bool> isOver{false};

@@ -6,6 +6,7 @@
 #include <atomic>
 #include <chrono>
 #include <thread>
+#include <vector>
 
 namespace motion::host::run {
 namespace {
@@ -58,6 +59,50 @@ TEST(Session, CanBeOpenedAgainAndLeavesNothingBehind) {
     EXPECT_TRUE(value);
     ASSERT_TRUE(sut.close(problem)) << problem;
     EXPECT_TRUE(Footprint(sut) == before);
+  }
+}
+
+TEST(Session, RefusesClientsFromItsCloseToTheNextOpen) {
+  constexpr const char* SIGNAL = "motion/state/functions/kavo/signals/05";
+  Session sut(config(KAVO_BUNDLE));
+  std::string problem;
+  ASSERT_TRUE(sut.open(problem)) << problem;
+  const auto client = sut.dataLayer().connect({"motion.view"});
+  EXPECT_EQ(client->readSync(SIGNAL, nullptr), comm::datalayer::DL_OK);
+  ASSERT_TRUE(sut.close(problem)) << problem;
+  EXPECT_EQ(client->readSync(SIGNAL, nullptr), comm::datalayer::DL_CLIENT_NOT_CONNECTED);
+  EXPECT_TRUE(sut.dataLayer().scopes().identifiers().empty());
+  ASSERT_TRUE(sut.open(problem)) << problem;
+  EXPECT_EQ(client->readSync(SIGNAL, nullptr), comm::datalayer::DL_OK);
+  ASSERT_TRUE(sut.close(problem)) << problem;
+}
+
+TEST(Session, ClosesWhileClientsAsk) {
+  for (int round = 0; round < 5; ++round) {
+    Session sut(config(KAVO_BUNDLE));
+    std::string problem;
+    ASSERT_TRUE(sut.open(problem)) << problem;
+    std::atomic<int> answers{0};
+    std::vector<std::thread> threads;
+    for (int number = 0; number < 2; ++number) {
+      threads.emplace_back([&] {
+        const auto client = sut.dataLayer().connect({"motion.operate"});
+        comm::datalayer::DlResult result;
+        do {
+          comm::datalayer::Variant value(true);
+          result = client->writeSync("motion/state/functions/kavo/signals/05", &value);
+          answers += result == comm::datalayer::DL_OK ? 1 : 0;
+        } while (result == comm::datalayer::DL_OK);
+        EXPECT_EQ(result, comm::datalayer::DL_CLIENT_NOT_CONNECTED);
+      });
+    }
+    while (answers < 20) {
+      std::this_thread::yield();
+    }
+    EXPECT_TRUE(sut.close(problem)) << problem;
+    for (std::thread& thread : threads) {
+      thread.join();
+    }
   }
 }
 

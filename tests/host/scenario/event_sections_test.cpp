@@ -42,6 +42,38 @@ TEST(Outside, isRead) {
   EXPECT_FALSE(sut.outside[2].value);
 }
 
+TEST(Outside, writesAsAnOperatorUnlessScopesAreNamed) {
+  const Scenario sut =
+      scenarioOf(SETUP +
+                 "outside:\n- {at: 0 s, signal: 1, value: true}\n"
+                 "- {at: 0 s, signal: 1, value: true, scopes: [motion.view, motion.manage], refused: true}\n"
+                 "- {at: 0 s, signal: 1, value: true, scopes: [], refused: false}\n");
+  ASSERT_EQ(sut.outside.size(), 3U);
+  ASSERT_EQ(sut.outside[0].scopes.size(), 1U);
+  EXPECT_EQ(sut.outside[0].scopes[0].name, "motion.operate");
+  EXPECT_FALSE(sut.outside[0].refused);
+  ASSERT_EQ(sut.outside[1].scopes.size(), 2U);
+  EXPECT_EQ(sut.outside[1].scopes[0].name, "motion.view");
+  EXPECT_EQ(sut.outside[1].scopes[1].name, "motion.manage");
+  EXPECT_EQ(sut.outside[1].scopes[1].mark.line, 6U);
+  EXPECT_EQ(sut.outside[1].scopes[1].mark.column, 59U);
+  EXPECT_TRUE(sut.outside[1].refused);
+  EXPECT_TRUE(sut.outside[2].scopes.empty());
+  EXPECT_FALSE(sut.outside[2].refused);
+}
+
+TEST(Outside, refusesWrongScopesAndRefusals) {
+  EXPECT_EQ(problemsOfOutside("{at: 1 s, signal: 1, value: true, scopes: motion.view}"),
+            (Texts{"f:5:45: scopes: expected a list, found 'motion.view'"}));
+  EXPECT_EQ(problemsOfOutside("{at: 1 s, signal: 1, value: true, scopes: [[a]]}"),
+            (Texts{"f:5:46: scopes: expected a word, found a list"}));
+  EXPECT_EQ(problemsOfOutside("{at: 1 s, signal: 1, value: true, refused: maybe}"),
+            (Texts{"f:5:46: refused: expected true or false, found 'maybe'"}));
+  EXPECT_EQ(problemsOfOutside("{at: 1 s, abort: Feeder, scopes: [a], refused: true}"),
+            (Texts{"f:5:28: outside event: 'scopes' does not go with 'abort'",
+                   "f:5:41: outside event: 'refused' does not go with 'abort'"}));
+}
+
 TEST(Outside, refusesMomentsThatAreNone) {
   const std::string remedy = "; write a number and one of the units s, ms, us, as in '5 ms'";
   EXPECT_EQ(problemsOfOutside("{signal: 1, value: true}"), (Texts{"f:5:3: outside event: 'at' is missing"}));
@@ -97,9 +129,9 @@ TEST(Outside, refusesWrongValuesAndObjects) {
 TEST(Outside, refusesOtherKindsAndKeys) {
   EXPECT_EQ(problemsOfOutside("abort"), (Texts{"f:5:3: outside event: expected a map, found 'abort'"}));
   EXPECT_EQ(problemsOf(SETUP + "outside: {at: 1 s}"), (Texts{"f:4:10: outside: expected a list, found a map"}));
-  EXPECT_EQ(
-      problemsOfOutside("{at: 1 s, abort: Feeder, valu: 1}"),
-      (Texts{"f:5:28: outside event: unknown key 'valu'; did you mean 'value'? known here: at, signal, value, abort"}));
+  EXPECT_EQ(problemsOfOutside("{at: 1 s, abort: Feeder, valu: 1}"),
+            (Texts{"f:5:28: outside event: unknown key 'valu'; did you mean 'value'? known here: at, signal, value, "
+                   "scopes, refused, abort"}));
 }
 
 TEST(Expect, readsSignals) {
