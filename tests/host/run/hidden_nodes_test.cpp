@@ -99,12 +99,12 @@ class HiddenNodesTest : public testing::Test {
     return m_texts;
   }
 
-  trace::TraceService m_trace{nullptr};
+  std::mutex m_mutex;
+  std::vector<std::string> m_texts;
+  trace::TraceService m_trace{nullptr};  // destroyed before what its listener writes to
   HidingDataLayer m_dataLayer;
   Runtime m_runtime{{}};
   framework::Services m_services;
-  std::mutex m_mutex;
-  std::vector<std::string> m_texts;
 };
 
 TEST_F(HiddenNodesTest, EndTheStartAfterTenSecondsAndLeaveNothingBehind) {
