@@ -24,9 +24,9 @@ std::unique_ptr<Client> DataLayer::connect(Client::Scopes scopes, std::chrono::m
   return std::make_unique<Client>(m_hub, std::move(scopes), limit);
 }
 
-void DataLayer::closeClients() noexcept {
+bool DataLayer::closeClients(std::chrono::milliseconds limit) noexcept {
   m_hub->setClosed(true);
-  m_nodes->waitUntilIdle();
+  return m_nodes->waitUntilIdle(ProviderCore::Clock::now() + limit);
 }
 
 void DataLayer::openClients() noexcept {

@@ -52,6 +52,8 @@ class DataLayer : public comm::datalayer::IDataLayerFactory {
   static constexpr std::string_view CLIENT_ENDPOINT = "inproc:///tmp/datalayer/frontend";
   /// How long a client waits for an answer, unless it asks for another limit.
   static constexpr std::chrono::milliseconds CLIENT_LIMIT{2'000};
+  /// How long closing waits for nodes that still answer somebody.
+  static constexpr std::chrono::milliseconds CLOSE_LIMIT{30'000};
 
   DataLayer();
   DataLayer(const DataLayer&) = delete;
@@ -65,8 +67,9 @@ class DataLayer : public comm::datalayer::IDataLayerFactory {
   [[nodiscard]] std::unique_ptr<Client> connect(Client::Scopes scopes, std::chrono::milliseconds limit = CLIENT_LIMIT) const;
   /// What can be granted to clients. [any]
   [[nodiscard]] const ScopeRegister& scopes() const noexcept { return m_nodes->scopes(); }
-  /// Refuses all clients until openClients, and waits until no provider answers any of them. Before what answers goes. [framework]
-  void closeClients() noexcept;
+  /// Refuses all clients until openClients, and waits until no provider answers any of them; false when one still
+  /// does so after the limit. Before what answers goes. [framework]
+  bool closeClients(std::chrono::milliseconds limit = CLOSE_LIMIT) noexcept;
   /// Serves clients again, those of before among them. A new data layer does so from the beginning. [framework]
   void openClients() noexcept;
   /// Null for every endpoint but PROVIDER_ENDPOINT. [framework]

@@ -202,11 +202,14 @@ std::shared_ptr<ProviderCore> NodeRegister::findBusy() const {
   return busy != m_providers.end() ? busy->second : nullptr;
 }
 
-void NodeRegister::waitUntilIdle() const noexcept {
+bool NodeRegister::waitUntilIdle(ProviderCore::Clock::time_point deadline) const noexcept {
   // Waits without the lock: a callback may register something before it comes back.
   while (const std::shared_ptr<ProviderCore> busy = findBusy()) {
-    busy->waitUntilIdle();
+    if (!busy->waitUntilIdle(deadline)) {
+      return false;
+    }
   }
+  return true;
 }
 
 }  // namespace motion::host::datalayer

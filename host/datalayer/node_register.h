@@ -63,9 +63,9 @@ class NodeRegister {
   /// All addresses of nodes, as they were registered, in order. [any]
   [[nodiscard]] std::vector<std::string> addresses() const;
   [[nodiscard]] const ScopeRegister& scopes() const noexcept { return m_scopes; }
-  /// Comes back when no provider has a request waiting or a callback running. Once nobody makes requests any more, and not
-  /// from a callback. [framework]
-  void waitUntilIdle() const noexcept;
+  /// Comes back when no provider has a request waiting or a callback running, or with false at the deadline. Once nobody makes
+  /// requests any more, and not from a callback. [framework]
+  bool waitUntilIdle(ProviderCore::Clock::time_point deadline = ProviderCore::Clock::time_point::max()) const noexcept;
 
  private:
   struct Node {

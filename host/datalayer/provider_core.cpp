@@ -127,9 +127,9 @@ void ProviderCore::work(std::uint64_t run) {
   }
 }
 
-void ProviderCore::waitUntilIdle() noexcept {
+bool ProviderCore::waitUntilIdle(Clock::time_point deadline) noexcept {
   std::unique_lock lock(m_mutex);
-  m_finished.wait(lock, [this] { return m_busy == 0 && m_requests.empty(); });
+  return m_finished.wait_until(lock, deadline, [this] { return m_busy == 0 && m_requests.empty(); });
 }
 
 bool ProviderCore::isIdle() const {

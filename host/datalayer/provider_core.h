@@ -1,6 +1,7 @@
 // What answers for the nodes of one provider: its nodes, its threads, and the requests that wait for them.
 #pragma once
 
+#include <chrono>
 #include <condition_variable>
 #include <cstddef>
 #include <cstdint>
@@ -19,15 +20,14 @@ namespace motion::host::datalayer {
 
 /// The provider, its threads and everybody who has a request for it share it; made by std::make_shared.
 ///
-/// | promise | |
-/// |---|---|
-/// | remove, stop | come back when no callback of theirs runs any more, unless a callback itself calls them |
-/// | post | never waits; at most MAX_WAITING requests wait |
-/// | a callback that throws or never answers | costs its own request only; one that never comes back also a thread of its
-/// provider |
+/// - `remove` and `stop` come back when no callback of theirs runs any more, unless a callback itself calls them.
+/// - `post` never waits; at most MAX_WAITING requests wait.
+/// - A callback that throws or never answers costs its own request only; one that never comes back also a thread of its
+///   provider.
 class ProviderCore : public std::enable_shared_from_this<ProviderCore> {
  public:
   using Call = std::function<void(comm::datalayer::IProviderNode& node)>;
+  using Clock = std::chrono::steady_clock;
 
   static constexpr std::size_t THREADS = 2;
   static constexpr std::size_t MAX_WAITING = 256;
@@ -50,8 +50,8 @@ class ProviderCore : public std::enable_shared_from_this<ProviderCore> {
 
   /// No request waits and no callback runs. [any]
   [[nodiscard]] bool isIdle() const;
-  /// Comes back when that is so. Not from a callback. [framework]
-  void waitUntilIdle() noexcept;
+  /// Comes back when that is so, or with false at the deadline. Not from a callback. [framework]
+  bool waitUntilIdle(Clock::time_point deadline = Clock::time_point::max()) noexcept;
   /// Comes back when no callback runs, but for the one that calls it, if one does. [framework]
   void waitForCallbacks() noexcept;
 

@@ -104,7 +104,14 @@ bool Session::close(std::string& problem) {
   }
   m_runtime->stopThreads();
   m_runtime->stopCommands();
-  m_dataLayer->closeClients();  // the component takes its nodes away before it says so
+  // First: the component takes its nodes away before it says so.
+  if (!m_dataLayer->closeClients(m_config.closeLimit)) {
+    problem = explain(fmt::format("bundle '{}': a node of the component has been asked and never came back; look in the "
+                                  "component's traces for the cause",
+                                  m_config.bundleDir.string()));
+    abandon();
+    return false;
+  }
   bool isFine = true;
   if (m_lifecycle->state() == framework::LifecycleState::STARTED) {
     const framework::StepResult stopped = m_lifecycle->stop();

@@ -20,6 +20,8 @@ struct SessionConfig {
   RuntimeConfig runtime;
   std::chrono::milliseconds startLimit = framework::ComponentLifecycle::DEFAULT_TIME_LIMIT;
   bool journal = true;  ///< traces go to the system's journal
+  /// How long closing waits for nodes that answer somebody.
+  std::chrono::milliseconds closeLimit = datalayer::DataLayer::CLOSE_LIMIT;
 };
 
 /// Warnings and errors that the component traced, in words.

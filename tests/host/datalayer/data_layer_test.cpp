@@ -99,6 +99,23 @@ TEST_F(DataLayerTest, ClosingWaitsForCallbacksThatNobodyWaitsForAnyMore) {
   m_provider.reset();
 }
 
+TEST_F(DataLayerTest, ClosingGivesUpWaitingForACallbackThatDoesNotComeBack) {
+  auto& sut = m_sut;
+  std::atomic<bool> mayEnd{false};
+  ScriptedNode node([&](const NodeCall&) {
+    while (!mayEnd) {
+      std::this_thread::yield();
+    }
+  });
+  ASSERT_EQ(m_provider->registerNode("a", &node), DL_OK);
+  ASSERT_EQ(m_provider->registerType("scopes/all", listOfScopes({{"all", {"**"}, {}, {}, {}}})), DL_OK);
+  ASSERT_EQ(m_provider->start(), DL_OK);
+  EXPECT_EQ(sut.connect({"all"}, std::chrono::milliseconds(20))->readSync("a", nullptr), DL_TIMEOUT);
+  EXPECT_FALSE(sut.closeClients(std::chrono::milliseconds(20)));
+  mayEnd = true;
+  EXPECT_TRUE(sut.closeClients());
+}
+
 TEST_F(DataLayerTest, ProvidersAreAskedNothingOnceClientsAreClosed) {
   constexpr int CLIENTS = 3;
   for (int round = 0; round < 30; ++round) {

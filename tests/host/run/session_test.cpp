@@ -5,6 +5,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <cstdlib>
 #include <thread>
 #include <vector>
 
@@ -13,7 +14,9 @@ namespace {
 
 using testing::HasSubstr;
 
-SessionConfig config(const std::string& bundle) { return {bundle, {}, std::chrono::seconds(30), false}; }
+SessionConfig config(const std::string& bundle) {
+  return {bundle, {}, std::chrono::seconds(30), false};
+}
 
 /// What a component may leave behind in a host.
 struct Footprint {
@@ -104,6 +107,30 @@ TEST(Session, ClosesWhileClientsAsk) {
       thread.join();
     }
   }
+}
+
+/// Ends the process with 42 when a session closes as it should although a node never comes back.
+[[noreturn]] void closeBesideANodeThatNeverComesBack() {
+  SessionConfig stubborn = config(KAVO_BUNDLE);
+  stubborn.closeLimit = std::chrono::milliseconds(50);
+  Session sut(stubborn);
+  std::string problem;
+  const bool isOpen = sut.open(problem);
+  sut.runtime().records().sys.setSignal = [](void*, unsigned int) -> core::FctResult {
+    for (;;) {
+      std::this_thread::sleep_for(std::chrono::seconds(1));
+    }
+  };
+  comm::datalayer::Variant value(true);
+  const auto client = sut.dataLayer().connect({"motion.operate"}, std::chrono::milliseconds(50));
+  const auto written = client->writeSync("motion/state/functions/kavo/signals/05", &value);
+  const bool isFine = isOpen && written == comm::datalayer::DL_TIMEOUT && !sut.close(problem) && sut.isLost() &&
+                      problem.find("a node of the component has been asked and never came back") != std::string::npos;
+  std::_Exit(isFine ? 42 : 1);
+}
+
+TEST(SessionDeathTest, LosesAComponentWhoseNodeNeverComesBack) {
+  EXPECT_EXIT(closeBesideANodeThatNeverComesBack(), testing::ExitedWithCode(42), "");
 }
 
 TEST(Session, ClosingTakesBackCommandsThatStillRun) {
