@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <initializer_list>
+#include <string>
 #include <string_view>
 
 namespace motion::bench {
@@ -69,6 +70,22 @@ constexpr Row ROWS[] = {
     {"cycle of a kinematics on an arc", "kin_cycle_arc", "floor_kin_cycle_arc", 1},
     {"trace, switched off", "trace_disabled", "floor_trace_disabled", 1},
     {"trace, buffered sink", "trace_buffered", "floor_trace_buffered", 1},
+    {"node read, client to signal and back", "node_read", "floor_node_read", 1},
+    {"node write, client to signal and back", "node_write", "floor_node_write", 1},
+    {"node read, the component's node alone", "node_on_read", "sys_get", 1},
+    {"node write, the component's node alone", "node_on_write", "sys_write", 1},
+    {"browse 100 signals", "node_browse", "floor_node_browse", 1},
+    {"metadata of a signal", "node_metadata", "floor_node_metadata", 1},
+    {"scopes, 3 patterns, 1 level", "scope_exact/3/1", "floor_scope/3/1", 1},
+    {"scopes, 3 patterns, 4 levels", "scope_exact/3/4", "floor_scope/3/4", 1},
+    {"scopes, 3 patterns, 8 levels", "scope_exact/3/8", "floor_scope/3/8", 1},
+    {"scopes, 3 patterns, 16 levels", "scope_exact/3/16", "floor_scope/3/16", 1},
+    {"scopes, 300 patterns, 1 level", "scope_exact/300/1", "floor_scope/300/1", 1},
+    {"scopes, 300 patterns, 4 levels", "scope_exact/300/4", "floor_scope/300/4", 1},
+    {"scopes, 300 patterns, 8 levels", "scope_exact/300/8", "floor_scope/300/8", 1},
+    {"scopes, 300 patterns, 16 levels", "scope_exact/300/16", "floor_scope/300/16", 1},
+    {"scopes, 3 wildcards, 8 levels", "scope_wildcards/3/8", "floor_scope/3/8", 1},
+    {"scopes, 300 wildcards, 8 levels", "scope_wildcards/300/8", "floor_scope/300/8", 1},
 };
 
 /// The figures of opening joins stand beside a second floor, too.
@@ -150,6 +167,7 @@ void Results::print() const {
   if (isComplete()) {
     printTargets();
   }
+  printDataLayerTargets();
 }
 
 void Results::printJoinRequired() const {
@@ -203,6 +221,30 @@ void Results::printPathTargets() const {
   for (const char* kind : {"armed", "ahead", "fired"}) {
     printTarget(fmt::format("path, {}: cost per condition of 10,000 to that of 10", kind),
                 *time(fmt::format("path_{}/10000", kind)) / 10'000 / (*time(fmt::format("path_{}/10", kind)) / 10), 2);
+  }
+}
+
+void Results::printDataLayerTargets() const {
+  // Beside the others only by their time: these can be measured alone.
+  const auto print = [this](const std::string& what, const char* figure, double share, const char* least, const char* other,
+                            double limit) {
+    if (time(figure) && time(least) && (*other == '\0' || time(other))) {
+      const double floor = *time(least) + (*other == '\0' ? 0.0 : *time(other));
+      printTarget(what, share * *time(figure) / floor, limit);
+    }
+  };
+  fmt::print("\n  {:<76} {:>6}\n", "target, data layer", "ratio");
+  print("node read, the component's node, to direct call and hand-over", "node_on_read", 1, "sys_get", "floor_node_read", 2);
+  print("node write, the component's node, to direct call and hand-over", "node_on_write", 1, "sys_write",
+        "floor_node_write", 2);
+  print("node read, end to end, to direct call and hand-over", "node_read", 1, "sys_get", "floor_node_read", 2);
+  print("node write, end to end, to direct call and hand-over", "node_write", 1, "sys_write", "floor_node_write", 2);
+  for (const std::string patterns : {"3", "300"}) {
+    for (const std::string levels : {"4", "8", "16"}) {
+      print(fmt::format("scopes, {} patterns: cost per level of {} to that of 1", patterns, levels),
+            fmt::format("scope_exact/{}/{}", patterns, levels).c_str(), 1.0 / std::stod(levels),
+            fmt::format("scope_exact/{}/1", patterns).c_str(), "", 1);
+    }
   }
 }
 

@@ -30,6 +30,7 @@ class Results : public benchmark::BenchmarkReporter {
   void printTargets() const;
   void printJoinTargets() const;
   void printPathTargets() const;
+  void printDataLayerTargets() const;
   /// What opening a join costs beside what any implementation of the meeting has to do.
   void printJoinRequired() const;
 

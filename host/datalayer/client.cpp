@@ -49,7 +49,9 @@ Variant namesOf(const std::set<std::string>& names) {
 }  // namespace
 
 Client::Client(std::shared_ptr<const ClientHub> hub, std::optional<Scopes> scopes, std::chrono::milliseconds limit)
-    : m_hub(std::move(hub)), m_scopes(std::move(scopes)), m_limit(std::min<std::chrono::milliseconds>(limit, MAX_LIMIT)) {}
+    : m_hub(std::move(hub)),
+      m_scopes(std::move(scopes)),
+      m_limit(std::clamp<std::chrono::milliseconds>(limit, std::chrono::milliseconds::zero(), MAX_LIMIT)) {}
 
 DlResult Client::check(Right right, const std::string& address) {
   if (m_hub->isClosed()) {

@@ -66,7 +66,8 @@ class Client final : public comm::datalayer::IClient {
  public:
   using Scopes = std::vector<std::string>;
 
-  /// The longest that anyone waits; also keeps the end of the wait within what the clock can tell.
+  /// The longest that anyone waits; the shortest is not at all. Both keep the end of the wait within what the clock can
+  /// tell.
   static constexpr std::chrono::hours MAX_LIMIT{24};
 
   /// Without scopes the client may do everything: it is one of the process's own parts. With an empty list it may do

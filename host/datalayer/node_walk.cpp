@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include <string_view>
+
 #include "schemas/datalayer/diagnosis_generated.h"
 #include "schemas/datalayer/metadata_generated.h"
 
@@ -22,9 +24,17 @@ std::string textOf(const flatbuffers::String* text) {
   return text != nullptr ? text->str() : "";
 }
 
-std::string targetOf(const Metadata& metadata, const char* type) {
-  const Reference* const reference = metadata.references() != nullptr ? metadata.references()->LookupByKey(type) : nullptr;
-  return reference != nullptr ? textOf(reference->targetAddress()) : "";
+std::string targetOf(const Metadata& metadata, std::string_view type) {
+  if (metadata.references() == nullptr) {
+    return "";
+  }
+  // One after the other, not by key: a provider may have left them unsorted.
+  for (const Reference* const reference : *metadata.references()) {
+    if (reference->type() != nullptr && reference->type()->string_view() == type) {
+      return textOf(reference->targetAddress());
+    }
+  }
+  return "";
 }
 
 NodeDescription describe(const Metadata& metadata) {

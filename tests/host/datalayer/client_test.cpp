@@ -273,6 +273,18 @@ TEST_F(ClientTest, LimitIsAsLongAsTheClockCanTell) {
   EXPECT_EQ(clientWith(std::chrono::milliseconds(-1))->readSync("b", nullptr), DL_INVALID_ADDRESS);
 }
 
+TEST_F(ClientTest, LimitBelowZeroWaitsForNothing) {
+  std::latch isOver(1);
+  play([&](const NodeCall& call) {
+    isOver.wait();
+    call.answer(DL_OK, nullptr);
+  });
+  // The smallest one there is would not fit into the clock's own unit.
+  EXPECT_EQ(clientWith(std::chrono::milliseconds::min())->readSync("a/b", nullptr), DL_TIMEOUT);
+  isOver.count_down();
+  m_nodes->waitUntilIdle();
+}
+
 TEST_F(ClientTest, ProviderThatDoesNotRunIsNotAsked) {
   ASSERT_EQ(m_provider->stop(), DL_OK);
   EXPECT_EQ(m_sut->readSync("a/b", nullptr), DL_RESOURCE_UNAVAILABLE);

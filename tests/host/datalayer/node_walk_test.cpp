@@ -47,6 +47,23 @@ class NodeWalkTest : public testing::Test {
   std::unique_ptr<IClient> m_client{m_dataLayer.createClient(std::string(DataLayer::CLIENT_ENDPOINT))};
 };
 
+TEST_F(NodeWalkTest, FindsTypesThatAreNotInOrder) {
+  ScriptedNode node([](const NodeCall& call) {
+    flatbuffers::FlatBufferBuilder builder;
+    const std::vector<flatbuffers::Offset<Reference>> references{CreateReferenceDirect(builder, "writeType", "types/w"),
+                                                                 CreateReferenceDirect(builder, "readType", "types/r")};
+    const auto unsorted = builder.CreateVector(references);
+    builder.Finish(CreateMetadata(builder, 3, 0, 0, 0, 0, unsorted));
+    const Variant metadata = Variant::fromFlatBuffer(builder.GetBufferSpan());
+    call.answer(DL_OK, &metadata);
+  });
+  serve("a/b", node);
+  const NodeView sut = walkNodes(*m_client, "a/b");
+  ASSERT_TRUE(sut.metadata);
+  EXPECT_EQ(sut.metadata->readType, "types/r");
+  EXPECT_EQ(sut.metadata->writeType, "types/w");
+}
+
 TEST_F(NodeWalkTest, TellsWhatANodeSaysOfItself) {
   ScriptedNode node([](const NodeCall& call) {
     const Variant value = call.operation == "metadata" ? fullMetadata() : Variant(7U);
