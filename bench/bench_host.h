@@ -28,6 +28,7 @@ class BenchHost {
   static void close();
 
   [[nodiscard]] host::Runtime& runtime() noexcept { return m_session.runtime(); }
+  [[nodiscard]] host::run::Session& session() noexcept { return m_session; }
   [[nodiscard]] host::datalayer::DataLayer& dataLayer() noexcept { return m_session.dataLayer(); }
   /// Destroys it before the bundle is closed.
   void keep(std::shared_ptr<void> thing) { m_kept.push_back(std::move(thing)); }

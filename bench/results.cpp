@@ -86,6 +86,9 @@ constexpr Row ROWS[] = {
     {"scopes, 300 patterns, 16 levels", "scope_exact/300/16", "floor_scope/300/16", 1},
     {"scopes, 3 wildcards, 8 levels", "scope_wildcards/3/8", "floor_scope/3/8", 1},
     {"scopes, 300 wildcards, 8 levels", "scope_wildcards/300/8", "floor_scope/300/8", 1},
+    {"door, read a signal, connection kept", "door_read", "floor_door_read", 1},
+    {"door, write a signal, connection kept", "door_write", "floor_door_write", 1},
+    {"door, connect and write a signal", "door_command", "floor_door_command", 1},
 };
 
 /// The figures of opening joins stand beside a second floor, too.

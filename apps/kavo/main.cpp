@@ -12,10 +12,12 @@
 #include <string>
 #include <system_error>
 
+#include "door_commands.h"
 #include "host/observe/json_report.h"
 #include "host/observe/text_report.h"
 #include "host/run/nodes.h"
 #include "host/run/play.h"
+#include "run_door.h"
 
 namespace {
 
@@ -173,6 +175,7 @@ int main(int argc, char** argv) {
                   "in real time: cycles without any event after which objects that wait are given up")
       ->check(CLI::Range(std::uint64_t{1}, std::uint64_t{1'000'000'000}));
   run->add_flag("--events", arguments.events, "print only the list of events, one a line");
+  motion::host::app::RunDoor door(*run, "kavo " KAVO_VERSION);
   run->footer(std::string(EXIT_CODES) + "\nIn real time SIGUSR1 prints who waits for whom at that moment.");
   CLI::App* check = app.add_subcommand("check", "read and validate a scenario without running it");
   addCommonOptions(*check, arguments);
@@ -184,9 +187,16 @@ int main(int argc, char** argv) {
       ->excludes("--scope");
   nodes->footer(std::string(EXIT_CODES) +
                 "\nA client without scopes sees nothing. An operation in brackets is offered, but not to this client.");
+  const motion::host::app::DoorCommands doorCommands(app);
 
   try {
     app.parse(argc, argv);
+    if (const auto code = doorCommands.run()) {
+      return *code;
+    }
+    if (run->parsed() && !door.open(arguments.play)) {
+      return static_cast<int>(Outcome::BAD_INPUT);
+    }
     arguments.play.checkOnly = check->parsed();
     complete(arguments);
     return nodes->parsed() ? showNodes(arguments) : play(arguments);

@@ -87,6 +87,10 @@ void RunningTool::send(int signal) const {
   kill(m_child, signal);
 }
 
+std::string RunningTool::outSoFar() const {
+  return readFile(m_scratch.path() / "out");
+}
+
 std::string RunningTool::errSoFar() const {
   return readFile(m_scratch.path() / "err");
 }

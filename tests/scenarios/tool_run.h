@@ -46,6 +46,7 @@ class RunningTool {
   /// True once it has taken over that signal; until then the signal would end it.
   [[nodiscard]] bool catches(int signal) const;
   void send(int signal) const;
+  [[nodiscard]] std::string outSoFar() const;
   [[nodiscard]] std::string errSoFar() const;
   /// Waits for its end; ends it after a generous limit.
   [[nodiscard]] ToolResult wait();
