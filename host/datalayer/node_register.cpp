@@ -150,7 +150,13 @@ DlResult NodeRegister::removeType(const IProvider* provider, const std::string& 
 
 std::optional<NodeRegister::Route> NodeRegister::routeOf(const std::string& node) const {
   const auto found = m_nodes.find(node);
-  return found != m_nodes.end() ? std::optional(Route{found->second.core, node}) : std::nullopt;
+  if (found == m_nodes.end()) {
+    return std::nullopt;
+  }
+  Route route;  // filled one by one: the compiler loses track of a half-made temporary when the copy of the text fails
+  route.core = found->second.core;
+  route.node = node;
+  return route;
 }
 
 std::optional<NodeRegister::Route> NodeRegister::find(std::string_view address) const {

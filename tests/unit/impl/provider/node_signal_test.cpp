@@ -87,7 +87,8 @@ TEST_F(NodeSignalTest, ListsTheNamesToSeveralThreadsAtOnce) {
   const auto browse = [this] {
     Answers answers;
     m_sut.onBrowse(EVERY_SIGNAL, answers.callback());
-    const auto* const names = answers.only().data.getStrings();
+    const Answer answer = answers.only();
+    const auto* const names = answer.data.getStrings();
     return names != nullptr ? names->size() : 0;
   };
   auto first = std::async(std::launch::async, browse);
