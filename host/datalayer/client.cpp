@@ -24,6 +24,7 @@ class LastWord {
   ~LastWord() { m_request->answer(DL_FAILED, nullptr); }
 
   void answer(DlResult result, const Variant* data) noexcept { m_request->answer(result, data); }
+  [[nodiscard]] bool isAwaited() const noexcept { return m_request->isAwaited(); }
 
  private:
   std::shared_ptr<PendingRequest> m_request;
@@ -92,7 +93,9 @@ Answer Client::ask(const NodeRegister::Route& route, const Call& call) const {
   {
     const auto lastWord = std::make_shared<LastWord>(request);
     ProviderCore::Call posted = [call, lastWord](IProviderNode& node) {
-      call(node, [lastWord](DlResult result, const Variant* data) { lastWord->answer(result, data); });
+      if (lastWord->isAwaited()) {
+        call(node, [lastWord](DlResult result, const Variant* data) { lastWord->answer(result, data); });
+      }
     };
     const DlResult result = m_hub->post([&] { return route.core->post(route.node, std::move(posted)); });
     if (isFailure(result)) {
@@ -104,7 +107,8 @@ Answer Client::ask(const NodeRegister::Route& route, const Call& call) const {
 }
 
 Answer Client::askNode(const std::string& address, const Call& call) const {
-  const auto route = m_hub->nodes().find(address);
+  // Nobody else speaks for the data layer's own nodes, whatever wildcards there are.
+  const auto route = isBuiltIn(address) ? std::nullopt : m_hub->nodes().find(address);
   return route ? ask(*route, call) : failure(DL_INVALID_ADDRESS);
 }
 

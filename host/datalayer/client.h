@@ -61,7 +61,8 @@ class ClientHub {
 /// | the provider answers, and not with garbage | DL_FAILED, DL_TYPE_MISMATCH |
 /// | within the time limit | DL_TIMEOUT |
 ///
-/// Without memory DL_OUT_OF_MEMORY. On failure `data` holds the provider's error record, if it sent one, else nothing.
+/// A request that was given up at its limit is not carried out any more, unless its node had begun with it. Without memory
+/// DL_OUT_OF_MEMORY. On failure `data` holds the provider's error record, if it sent one, else nothing.
 class Client final : public comm::datalayer::IClient {
  public:
   using Scopes = std::vector<std::string>;

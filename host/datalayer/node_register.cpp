@@ -115,6 +115,9 @@ DlResult NodeRegister::addType(const IProvider* provider, const std::string& add
     return DL_INVALID_ADDRESS;
   }
   const std::lock_guard lock(m_mutex);
+  if (!m_providers.contains(provider)) {
+    return DL_INVALID_HANDLE;
+  }
   const auto [place, isNew] = m_types.try_emplace(address, Type{provider, value});
   if (!isNew) {
     return DL_ALREADY_EXISTS;

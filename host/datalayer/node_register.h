@@ -37,7 +37,8 @@ class NodeRegister {
   [[nodiscard]] bool hasProvider(const Provider* provider) const;  ///< [framework]
   [[nodiscard]] std::size_t providerCount() const;                 ///< [framework]
 
-  /// The node is borrowed until removeNode or removeProvider have come back. DL_INVALID_HANDLE for a null one, and
+  /// The node is borrowed until removeNode or removeProvider have come back; called from a callback of the same provider,
+  /// they do not wait, and the node is borrowed until all these callbacks have ended. DL_INVALID_HANDLE for a null one, and
   /// for a provider that was not added. [framework]
   [[nodiscard]] comm::datalayer::DlResult addNode(const Provider* provider, const std::string& address,
                                                   comm::datalayer::IProviderNode* node);
@@ -63,8 +64,8 @@ class NodeRegister {
   /// All addresses of nodes, as they were registered, in order. [any]
   [[nodiscard]] std::vector<std::string> addresses() const;
   [[nodiscard]] const ScopeRegister& scopes() const noexcept { return m_scopes; }
-  /// Comes back when no provider has a request waiting or a callback running, or with false at the deadline. Once nobody makes
-  /// requests any more, and not from a callback. [framework]
+  /// Comes back when no provider has a request waiting or a callback running, or with false at the deadline. Once nobody
+  /// makes requests any more, and not from a callback. [framework]
   bool waitUntilIdle(ProviderCore::Clock::time_point deadline = ProviderCore::Clock::time_point::max()) const noexcept;
 
  private:

@@ -69,6 +69,9 @@ std::string NodeError::toString() const {
 NodeError errorOf(DlResult result, const Variant& answer) {
   NodeError error{result, 0, 0, ""};
   if (const Diagnosis* const record = tableIn<Diagnosis>(answer); record != nullptr) {
+    if (const DlResult said(record->result()); isFailure(said)) {
+      error.result = said;  // what the provider itself calls it
+    }
     error.mainCode = record->mainDiagnosisCode();
     error.detailCode = record->detailedDiagnosisCode();
     error.text = textOf(record->text());

@@ -38,12 +38,19 @@ class PendingRequest {
   [[nodiscard]] std::optional<Answer> waitFor(std::chrono::milliseconds limit) noexcept {
     std::unique_lock lock(m_mutex);
     m_answered.wait_for(lock, limit, [this] { return m_answer.has_value(); });
+    m_isGivenUp = !m_answer;
     return m_answer ? std::optional(std::move(*m_answer)) : std::nullopt;
+  }
+  /// False when the client has given up: what has not begun by then is not done any more. [any]
+  [[nodiscard]] bool isAwaited() const noexcept {
+    const std::lock_guard lock(m_mutex);
+    return !m_isGivenUp;
   }
 
  private:
-  std::mutex m_mutex;
+  mutable std::mutex m_mutex;
   std::condition_variable m_answered;
+  bool m_isGivenUp = false;
   std::optional<Answer> m_answer;
 };
 

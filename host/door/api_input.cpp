@@ -103,7 +103,12 @@ Parsed<bool> parseValue(const Request& request) {
       return refuse(415, fmt::format("The body is {}. Expected is application/json.", quote(type)));
     }
   }
-  const Json body = Json::parse(request.body, nullptr, false);
+  std::size_t members = 0;
+  const auto countMembers = [&members](int depth, Json::parse_event_t event, const Json&) {
+    members += event == Json::parse_event_t::key && depth == 1 ? 1 : 0;
+    return true;
+  };
+  const Json body = Json::parse(request.body, countMembers, false);
   if (body.is_discarded()) {
     return refuse(400, fmt::format("The body is no JSON. {}", VALUE_BODY));
   }
@@ -118,6 +123,9 @@ Parsed<bool> parseValue(const Request& request) {
   const auto value = body.find("value");
   if (value == body.end()) {
     return refuse(400, fmt::format("The body has no member 'value'. {}", VALUE_BODY));
+  }
+  if (members != 1) {
+    return refuse(400, fmt::format("The body has its member 'value' {} times. {}", members, VALUE_BODY));
   }
   if (!value->is_boolean()) {
     return refuse(400, fmt::format("'value' in the body is no boolean, it is {}. {}", value->type_name(), VALUE_BODY));

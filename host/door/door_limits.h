@@ -13,6 +13,9 @@ inline constexpr std::size_t MAX_HEAD = 8192;
 /// Bytes of a request's target, the path with its query.
 inline constexpr std::size_t MAX_TARGET = 1024;
 
+/// Bytes of a path with which a body is read: all paths that take one are shorter.
+inline constexpr std::size_t MAX_ROUTED_PATH = 64;
+
 /// Requests a second over the whole door, and how many may come at once after a pause.
 inline constexpr double REQUEST_RATE = 1000.0;
 inline constexpr double REQUEST_BURST = 200.0;

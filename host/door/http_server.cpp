@@ -4,9 +4,11 @@
 #include <httplib.h>
 
 #include <atomic>
+#include <cctype>
 #include <charconv>
 #include <exception>
 #include <optional>
+#include <string_view>
 #include <system_error>
 #include <thread>
 #include <utility>
@@ -28,13 +30,45 @@ constexpr ConnectionLimits LIMITS{REQUEST_LIMIT, WRITE_LIMIT, IDLE_LIMIT, MAX_HE
 /// The connection that this thread serves: handlers of errors learn of it in no other way.
 thread_local const Connection* t_connection = nullptr;
 
+/// Ranges are not served. httplib takes the header apart by a regular expression, which needs stack for each of its bytes,
+/// so it gets to see another name. It reads heads byte by byte.
+class RangeHider {
+ public:
+  void hide(char& byte) noexcept {
+    constexpr std::string_view NAME = "range";
+    if (byte == '\n') {
+      m_matched = 0;
+    } else if (m_matched < NAME.size() && std::tolower(static_cast<unsigned char>(byte)) == NAME[m_matched]) {
+      if (++m_matched == NAME.size()) {
+        byte = '_';
+      }
+    } else {
+      m_matched = NAME.size();  // another line
+    }
+  }
+
+ private:
+  std::size_t m_matched = 0;  ///< of the name, in this line
+};
+
 class ConnectionStream final : public httplib::Stream {
  public:
   explicit ConnectionStream(Connection& connection) : m_connection(connection) {}
 
   bool is_readable() const override { return m_connection.isReadable(); }
   bool is_writable() const override { return m_connection.isWritable(); }
-  ssize_t read(char* bytes, size_t size) override { return m_connection.read({bytes, size}); }
+  ssize_t read(char* bytes, size_t size) override {
+    const ssize_t count = m_connection.read({bytes, size});
+    if (count == 1 && m_isInHead) {
+      m_line.hide(*bytes);
+    }
+    return count;
+  }
+  void beginHead() noexcept {
+    m_isInHead = true;
+    m_line = {};
+  }
+  void endHead() noexcept { m_isInHead = false; }
   ssize_t write(const char* bytes, size_t size) override {
     return m_connection.write({bytes, size}) ? static_cast<ssize_t>(size) : -1;
   }
@@ -44,6 +78,8 @@ class ConnectionStream final : public httplib::Stream {
 
  private:
   Connection& m_connection;
+  bool m_isInHead = true;
+  RangeHider m_line;
 };
 
 /// The workers as httplib wants them.
@@ -64,6 +100,12 @@ struct BodyPlan {
   bool isThere = false;  ///< there is one to be read
   bool mustEnd = false;  ///< the end of the request is uncertain: the connection ends with the answer
 };
+
+/// httplib is to read the body. It finds out by a regular expression, which needs stack for each byte of the path; a path
+/// that is longer than all that there are is answered without that.
+bool isRouted(const httplib::Request& request) {
+  return request.method == "PUT" && request.path.size() <= MAX_ROUTED_PATH;
+}
 
 BodyPlan planBody(const httplib::Request& request) {
   const bool isChunked = request.has_header("Transfer-Encoding");
@@ -86,7 +128,7 @@ BodyPlan planBody(const httplib::Request& request) {
   if (request.target.size() > MAX_TARGET) {
     return {414, false, isThere};
   }
-  if (request.method != "PUT") {
+  if (!isRouted(request)) {
     return {0, false, isThere};  // nobody reads it
   }
   if (size > MAX_BODY) {
@@ -204,7 +246,7 @@ class HttpServer::Work final : public httplib::Server {
     const BodyPlan plan = planBody(request);
     if (plan.refusal != 0) {
       fill(response, refuse(plan.refusal, messageFor(plan.refusal)));
-    } else if (request.method == "PUT") {
+    } else if (isRouted(request)) {
       return HandlerResponse::Unhandled;
     } else {
       fill(response, m_handler(requestFrom(request, "")));
@@ -245,10 +287,12 @@ class HttpServer::Work final : public httplib::Server {
   void serve(Connection& connection) {
     ConnectionStream stream(connection);
     for (std::size_t left = MAX_REQUESTS; left > 0 && connection.awaitRequest(); --left) {
+      stream.beginHead();
       bool mustEnd = true;  // what could not be understood has no certain end
       bool wantsEnd = false;
       const bool isFine = process_request(stream, left == 1, wantsEnd, [&](httplib::Request& request) {
         connection.beginBody();
+        stream.endHead();
         request.ranges.clear();
         mustEnd = planBody(request).mustEnd;
         if (mustEnd) {

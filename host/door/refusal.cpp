@@ -67,6 +67,15 @@ const char* reasonOf(DlResult result) {
   if (result == DL_TIMEOUT) {
     return "the component did not answer in time";
   }
+  if (result == DL_RESOURCE_UNAVAILABLE) {
+    return "the component is too busy, or does not run any more";
+  }
+  if (result == DL_INVALID_ADDRESS) {
+    return "the component offers no such node";
+  }
+  if (result == DL_OUT_OF_MEMORY) {
+    return "there is not enough memory";
+  }
   return "the component refused it";
 }
 

@@ -105,6 +105,9 @@ TEST_F(BuiltInNodesTest, NobodySpeaksForThem) {
   EXPECT_THAT(read("datalayer/nodes"), ElementsAre("datalayer/nodes", "datalayer/security/scopes", "datalayer/*"));
   Variant data;
   ASSERT_EQ(m_sut->metadataSync("datalayer/nodes", &data), DL_OK);
+  EXPECT_EQ(m_sut->writeSync("datalayer/nodes", &data), DL_INVALID_ADDRESS);
+  EXPECT_EQ(m_sut->createSync("datalayer/nodes", &data), DL_INVALID_ADDRESS);
+  EXPECT_EQ(m_sut->removeSync("datalayer/nodes"), DL_INVALID_ADDRESS);
   EXPECT_EQ(m_node.calls(), 0);
   EXPECT_EQ(m_sut->readSync("datalayer/other", &data), DL_OK);
   EXPECT_EQ(m_node.calls(), 1);

@@ -239,7 +239,9 @@ TEST_F(ClientTest, AnswerAfterTheClientHasGoneDoesNoHarm) {
   play([&](const NodeCall& call) { kept.set_value(call.answer); });
   auto sut = clientWith(SHORT);
   Variant data(true);
-  EXPECT_EQ(sut->readSync("a/b", &data), DL_TIMEOUT);
+  while (m_node.calls() == 0) {  // what is given up too early does not begin
+    EXPECT_EQ(sut->readSync("a/b", &data), DL_TIMEOUT);
+  }
   EXPECT_EQ(data.getType(), VariantType::UNKNOWN);
   sut.reset();
   auto answer = kept.get_future().get();
@@ -266,6 +268,27 @@ TEST_F(ClientTest, ProviderThatHangsCostsItsOwnClientsOnly) {
   isOver.count_down();
   m_nodes->waitUntilIdle();
   EXPECT_EQ(m_sut->readSync("a/b", nullptr), DL_OK);
+}
+
+TEST_F(ClientTest, RequestThatWasGivenUpIsNotCarriedOutLater) {
+  std::latch isOver(1);
+  std::atomic<int> writes{0};
+  play([&](const NodeCall& call) {
+    writes += call.operation == "write" ? 1 : 0;
+    isOver.wait();
+    call.answer(DL_OK, nullptr);
+  });
+  const auto sut = clientWith(SHORT);
+  while (m_node.calls() < static_cast<int>(ProviderCore::THREADS)) {  // until every thread is busy
+    EXPECT_EQ(sut->readSync("a/b", nullptr), DL_TIMEOUT);
+  }
+  Variant data(true);
+  EXPECT_EQ(sut->writeSync("a/b", &data), DL_TIMEOUT);
+  isOver.count_down();
+  m_nodes->waitUntilIdle();
+  EXPECT_EQ(writes, 0);
+  EXPECT_EQ(clientWith(LONG)->writeSync("a/b", &data), DL_OK);
+  EXPECT_EQ(writes, 1);
 }
 
 TEST_F(ClientTest, LimitIsAsLongAsTheClockCanTell) {

@@ -171,6 +171,8 @@ TEST_F(NodeRegisterTest, ProviderThatGoesTakesItsOwnAlong) {
 TEST_F(NodeRegisterTest, TypesBelowScopesAreListsOfScopes) {
   auto& sut = m_sut;
   const Variant list = listOfScopes({{"a", {"x"}, {}, {}, {}}});
+  EXPECT_EQ(sut.addType(nullptr, "scopes/a", list), DL_INVALID_HANDLE) << "such a provider was not added";
+  EXPECT_TRUE(sut.scopes().identifiers().empty());
   EXPECT_EQ(sut.addType(&m_first, "scopes/a", Variant(true)), DL_INVALID_VALUE);
   EXPECT_EQ(sut.addType(&m_first, "scopes/a", list), DL_OK) << "the refused one is not there";
   EXPECT_EQ(sut.addType(&m_second, "scopes/a", list), DL_ALREADY_EXISTS);

@@ -149,6 +149,13 @@ TEST_F(NodeWalkTest, TellsOfAnAddressThatNobodyAnswers) {
   EXPECT_EQ(sut.error->toString(), "DL_INVALID_ADDRESS");
 }
 
+TEST(ErrorOfTest, TellsTheResultThatTheProviderNames) {
+  EXPECT_EQ(errorOf(DL_FAILED, errorRecord("why")).result, DL_INVALID_HANDLE);
+  flatbuffers::FlatBufferBuilder builder;
+  builder.Finish(CreateDiagnosisDirect(builder, DL_OK.code(), 1, 2, "fine?"));
+  EXPECT_EQ(errorOf(DL_FAILED, Variant::fromFlatBuffer(builder.GetBufferSpan())).result, DL_FAILED) << "no failure is none";
+}
+
 TEST(ErrorOfTest, MakesNothingOfGarbage) {
   constexpr std::uint8_t garbage[] = {0xFF, 0xFF, 0xFF, 0x7F, 1, 2, 3, 4, 5, 6, 7, 8};
   for (const Variant& answer : {Variant(), Variant(true), Variant(std::string("text")), Variant::fromFlatBuffer(garbage)}) {

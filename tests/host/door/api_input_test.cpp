@@ -85,6 +85,7 @@ TEST(ApiInputTest, ABodyHasAValueAndNothingElse) {
   EXPECT_THAT(refusalOf(parseValue(put("[true]"))).second, HasSubstr("no object, it is array"));
   EXPECT_THAT(refusalOf(parseValue(put("true"))).second, HasSubstr("no object, it is boolean"));
   EXPECT_THAT(refusalOf(parseValue(put("{}"))).second, HasSubstr("no member 'value'"));
+  EXPECT_THAT(refusalOf(parseValue(put(R"({"value":false,"value":true})"))).second, HasSubstr("its member 'value' 2 times"));
   EXPECT_THAT(refusalOf(parseValue(put(R"({"value":true,"cycle":1})"))).second,
               HasSubstr("a member 'cycle', which is unknown"));
   for (const char* const value : {"1", "null", "\"true\"", "[]"}) {

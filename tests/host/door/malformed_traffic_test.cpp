@@ -175,6 +175,27 @@ TEST_F(MalformedTrafficTest, OddPathsAndHeaders) {
   EXPECT_EQ(ask(live.socket(), "HEAD", "/v1", "Connection: close\r\n").status, 405);
 }
 
+TEST_F(MalformedTrafficTest, LongPathsAndHeadersNeedNoStack) {
+  const std::string path = "/v1/signals/";
+  for (const std::size_t length : {std::size_t{64}, std::size_t{65}, std::size_t{900}, MAX_TARGET}) {
+    const std::string target = path + std::string(length - path.size(), '1');
+    EXPECT_GE(ask(live.socket(), "PUT", target, "Content-Length: 0\r\n").status, 400) << length;
+    EXPECT_GE(ask(live.socket(), "PUT", target, "Content-Length: 14\r\nConnection: close\r\n").status, 400) << length;
+    EXPECT_GE(ask(live.socket(), "GET", target).status, 400) << length;
+  }
+  for (const char* const name : {"Range: bytes=", "rAnGe:bytes=", "Ranges: bytes="}) {
+    for (const std::size_t digits : {std::size_t{10}, std::size_t{900}, MAX_HEAD - 200}) {
+      EXPECT_EQ(ask(live.socket(), "GET", "/v1", name + std::string(digits, '1') + "-\r\n").status, 200) << digits;
+    }
+  }
+  EXPECT_EQ(ask(live.socket(), "GET", "/v1", "Range: " + std::string(1000, ',') + "\r\n").status, 200);
+  RawClient client(live.socket());
+  for (int i = 0; i < 3; ++i) {
+    client.send("GET /v1 HTTP/1.1\r\nRange: bytes=" + std::string(3000, '1') + "-\r\n\r\n");
+    EXPECT_EQ(client.readAnswer().status, 200) << "each request of a connection";
+  }
+}
+
 TEST_F(MalformedTrafficTest, ASlowWriterHoldsNobodyUp) {
   std::list<RawClient> slow;
   for (std::size_t i = 0; i + 1 < MAX_CONNECTIONS; ++i) {

@@ -116,14 +116,19 @@ TEST(Session, ClosesWhileClientsAsk) {
   Session sut(stubborn);
   std::string problem;
   const bool isOpen = sut.open(problem);
+  static std::atomic<bool> s_hasBegun{false};
   sut.runtime().records().sys.setSignal = [](void*, unsigned int) -> core::FctResult {
+    s_hasBegun = true;
     for (;;) {
       std::this_thread::sleep_for(std::chrono::seconds(1));
     }
   };
   comm::datalayer::Variant value(true);
   const auto client = sut.dataLayer().connect({"motion.operate"}, std::chrono::milliseconds(50));
-  const auto written = client->writeSync("motion/state/functions/kavo/signals/05", &value);
+  auto written = comm::datalayer::DL_TIMEOUT;
+  while (!s_hasBegun && written == comm::datalayer::DL_TIMEOUT) {  // what is given up too early does not begin
+    written = client->writeSync("motion/state/functions/kavo/signals/05", &value);
+  }
   const bool isFine = isOpen && written == comm::datalayer::DL_TIMEOUT && !sut.close(problem) && sut.isLost() &&
                       problem.find("a node of the component has been asked and never came back") != std::string::npos;
   std::_Exit(isFine ? 42 : 1);
