@@ -6,7 +6,7 @@
 #include <filesystem>
 
 int main(int argc, char** argv) {
-  // GoogleTest has noted by now where the user stands, for the place of its report.
+  // The place of a report has to be absolute, therefore.
   std::filesystem::current_path(std::filesystem::read_symlink("/proc/self/exe").parent_path().parent_path());
   testing::InitGoogleMock(&argc, argv);
   return RUN_ALL_TESTS();
