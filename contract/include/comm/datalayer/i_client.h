@@ -15,12 +15,19 @@ class IClient {
  public:
   virtual ~IClient() = default;
 
-  virtual DlResult readSync(const std::string& address, Variant* data) = 0;      ///< [any]
-  virtual DlResult writeSync(const std::string& address, Variant* data) = 0;     ///< [any]
-  virtual DlResult browseSync(const std::string& address, Variant* data) = 0;    ///< [any]
-  virtual DlResult createSync(const std::string& address, Variant* data) = 0;    ///< [any]
-  virtual DlResult removeSync(const std::string& address) = 0;                   ///< [any]
-  virtual DlResult metadataSync(const std::string& address, Variant* data) = 0;  ///< [any]
+  /// Asks a node for its value; the argument may narrow what is asked for. DL_INVALID_ADDRESS when nobody answers there.
+  /// [any]
+  virtual DlResult readSync(const std::string& address, Variant* data) = 0;
+  /// Hands a value to a node. DL_TYPE_MISMATCH when it is of another type than the node holds. [any]
+  virtual DlResult writeSync(const std::string& address, Variant* data) = 0;
+  /// Lists what lies directly below an address, as an ARRAY_OF_STRING of last levels; the argument is ignored. [any]
+  virtual DlResult browseSync(const std::string& address, Variant* data) = 0;
+  /// Asks a node to make something below itself; most nodes answer DL_UNSUPPORTED. [any]
+  virtual DlResult createSync(const std::string& address, Variant* data) = 0;
+  /// Asks a node to remove what createSync made; the one operation that hands nothing out. [any]
+  virtual DlResult removeSync(const std::string& address) = 0;
+  /// Asks what a node is: a FLATBUFFERS value of schemas/datalayer/metadata.fbs. [any]
+  virtual DlResult metadataSync(const std::string& address, Variant* data) = 0;
 
  protected:
   IClient() = default;

@@ -8,16 +8,19 @@
 
 namespace comm::datalayer {
 
-/// Direction of a memory, as its provider sees it.
-enum class MemoryType : std::uint32_t { INPUT = 1, OUTPUT = 2 };
+/// Direction of a memory, as its users see it. It informs; nothing keeps a side from writing.
+enum class MemoryType : std::uint32_t {
+  INPUT = 1,   ///< the owner's side writes, users read
+  OUTPUT = 2,  ///< users write, the owner's side reads
+};
 
 /// Access to one real-time memory.
 ///
-/// | promise | |
+/// | what | promise |
 /// |---|---|
-/// | writers, readers | any number; the data layer orders nothing between them, so bytes that several threads touch are
-/// atomics | | beginAccess, endAccess | wait-free, bounded, never allocate | | lifetime | the bytes stay valid from
-/// beginAccess to endAccess, whatever happens to the owner meanwhile |
+/// | writers, readers | any number, unordered by the data layer: bytes that several threads touch are atomics |
+/// | beginAccess, endAccess | wait-free, bounded, never allocate |
+/// | lifetime | the bytes stay valid from beginAccess to endAccess, whatever happens to the owner meanwhile |
 class IMemory {
  public:
   virtual ~IMemory() = default;

@@ -13,19 +13,23 @@ namespace comm::datalayer {
 /// The data of an answer is borrowed for the duration of the callback; it may be null. Slot order is fixed.
 class IProviderNode {
  public:
+  /// Takes the answer, from whatever thread; on failure the data is an error record of schemas/datalayer/diagnosis.fbs.
   using ResponseCallback = std::function<void(DlResult, const Variant*)>;
 
   virtual ~IProviderNode() = default;
 
-  virtual void onCreate(const std::string& address, const Variant* data,
-                        const ResponseCallback& callback) = 0;                              ///< [provider]
-  virtual void onRemove(const std::string& address, const ResponseCallback& callback) = 0;  ///< [provider]
-  virtual void onBrowse(const std::string& address, const ResponseCallback& callback) = 0;  ///< [provider]
-  virtual void onRead(const std::string& address, const Variant* data,
-                      const ResponseCallback& callback) = 0;  ///< [provider]
-  virtual void onWrite(const std::string& address, const Variant* data,
-                       const ResponseCallback& callback) = 0;                                 ///< [provider]
-  virtual void onMetadata(const std::string& address, const ResponseCallback& callback) = 0;  ///< [provider]
+  /// Makes something below the node. [provider]
+  virtual void onCreate(const std::string& address, const Variant* data, const ResponseCallback& callback) = 0;
+  /// Removes what onCreate made. [provider]
+  virtual void onRemove(const std::string& address, const ResponseCallback& callback) = 0;
+  /// Lists the children, as an ARRAY_OF_STRING of names without a slash. [provider]
+  virtual void onBrowse(const std::string& address, const ResponseCallback& callback) = 0;
+  /// Answers with the value; `data` is the client's argument: null or UNKNOWN when it gave none. [provider]
+  virtual void onRead(const std::string& address, const Variant* data, const ResponseCallback& callback) = 0;
+  /// Takes a value over; `data` is borrowed until the call returns, not until the answer. [provider]
+  virtual void onWrite(const std::string& address, const Variant* data, const ResponseCallback& callback) = 0;
+  /// Says what the node is, as a FLATBUFFERS value of schemas/datalayer/metadata.fbs. [provider]
+  virtual void onMetadata(const std::string& address, const ResponseCallback& callback) = 0;
 
  protected:
   IProviderNode() = default;

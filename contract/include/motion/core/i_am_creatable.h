@@ -14,7 +14,7 @@ class IAmCreatable {
   [[nodiscard]] virtual IAmCreatable* createNew() const = 0;
   /// The name, a text with static storage. [any & real-time]
   [[nodiscard]] virtual const char* getID() const = 0;
-  /// Kind of object. [any & real-time]
+  /// A CreatableType as a number: whether the factory clones the object or hands it out as it is. [any & real-time]
   [[nodiscard]] virtual std::uint32_t getType() const = 0;
 
  protected:
@@ -24,6 +24,9 @@ class IAmCreatable {
 };
 
 /// Values of IAmCreatable::getType.
-enum class CreatableType : std::uint32_t { JOB = 1, HELPER = 2 };
+enum class CreatableType : std::uint32_t {
+  JOB = 1,     ///< a prototype of job objects, cloned by createObj
+  HELPER = 2,  ///< one shared object, handed out by getHelper
+};
 
 }  // namespace motion::core

@@ -16,12 +16,18 @@ class IMotionExt {
  public:
   virtual ~IMotionExt() = default;
 
-  [[nodiscard]] virtual IObjMgr* getObjMgr() const = 0;                                            ///< [any]
-  [[nodiscard]] virtual ISectionMgr* getSectionMgr() const = 0;                                    ///< [framework]
-  [[nodiscard]] virtual job::IJobDataIDMgr* getJobDataIDMgr() const = 0;                           ///< [framework]
-  [[nodiscard]] virtual IObjFactory* getObjFactory() const = 0;                                    ///< [framework]
-  [[nodiscard]] virtual cmd::IGenericCmdFactory* getGenericCmdFactory() const = 0;                 ///< [framework]
-  [[nodiscard]] virtual cmd::IGenericCmdOptionFactory* getGenericCmdOptionFactory() const = 0;     ///< [framework]
+  /// The motion objects, by name. [any]
+  [[nodiscard]] virtual IObjMgr* getObjMgr() const = 0;
+  /// Sections, whose values jobs are sorted and data are found by. [framework]
+  [[nodiscard]] virtual ISectionMgr* getSectionMgr() const = 0;
+  /// Where the records of jobs get names that people can read. [framework]
+  [[nodiscard]] virtual job::IJobDataIDMgr* getJobDataIDMgr() const = 0;
+  /// Where prototypes of job objects are registered and shared helpers are found. [framework]
+  [[nodiscard]] virtual IObjFactory* getObjFactory() const = 0;
+  /// Where commands are registered. [framework]
+  [[nodiscard]] virtual cmd::IGenericCmdFactory* getGenericCmdFactory() const = 0;
+  /// Where command options are registered. [framework]
+  [[nodiscard]] virtual cmd::IGenericCmdOptionFactory* getGenericCmdOptionFactory() const = 0;
 
  protected:
   IMotionExt() = default;

@@ -13,13 +13,18 @@ namespace dia {
 class IDia;
 }
 
+/// What components may know of a motion object. It belongs to the host and lives as long as the runtime. In every cycle each
+/// object has one turn, in order of creation.
 class IObj {
  public:
   virtual ~IObj() = default;
 
-  [[nodiscard]] virtual bool isAxis() const = 0;        ///< [any & real-time]
-  [[nodiscard]] virtual bool isEncoder() const = 0;     ///< [any & real-time]
-  [[nodiscard]] virtual bool isKinematics() const = 0;  ///< two operations after isAxis [any & real-time]
+  /// True for something that moves in one direction. [any & real-time]
+  [[nodiscard]] virtual bool isAxis() const = 0;
+  /// True for something that only measures; components have no commands for it. [any & real-time]
+  [[nodiscard]] virtual bool isEncoder() const = 0;
+  /// True for something whose tool moves in space. Its slot is the second after isAxis. [any & real-time]
+  [[nodiscard]] virtual bool isKinematics() const = 0;
 
   /// Host ID of the command that was prepared last, 0 before the first. [any & real-time]
   [[nodiscard]] virtual std::uint64_t getLatestPreparedCmdID() const = 0;

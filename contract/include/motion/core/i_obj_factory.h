@@ -13,6 +13,7 @@ namespace job {
 class IJobObject;
 }
 
+/// Knows prototypes and helpers of all components by name, in one common set of names.
 class IObjFactory {
  public:
   virtual ~IObjFactory() = default;

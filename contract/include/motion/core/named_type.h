@@ -15,7 +15,8 @@ using DataID = unsigned long;
 class IContainer {
  public:
   virtual ~IContainer() = default;
-  [[nodiscard]] virtual DataID getID() const = 0;  ///< [any & real-time]
+  /// The identity of the type that the record really has; safeCast compares it. [any & real-time]
+  [[nodiscard]] virtual DataID getID() const = 0;
 
  protected:
   IContainer() = default;
@@ -28,24 +29,29 @@ template <typename BASETYPE, typename SEMANTIC>
 class NamedType : public IContainer {
  public:
   NamedType() = default;
+  /// Takes the payload over. [any]
   explicit NamedType(BASETYPE value) : m_value(std::move(value)) {}
 
   [[nodiscard]] DataID getID() const override { return getMyID(); }
+  /// The payload itself, to be read and changed without a copy; valid as long as the record. [any & real-time]
   [[nodiscard]] virtual BASETYPE& getRef() { return m_value; }
+  /// A copy of the payload; it may allocate where copies of BASETYPE do. [any]
   [[nodiscard]] virtual BASETYPE get() const { return m_value; }
+  /// Replaces the payload. Nothing keeps readers on other threads off. [any]
   virtual void set(BASETYPE value) { m_value = std::move(value); }
 
   /// The hash of the compiler's text for this very function, computed once per type: both sides find the same number
-  /// without sharing a table. The exact text, and so the signature, is part of the contract.
+  /// without sharing a table. The exact text, and so the signature, is part of the contract. [any]
   static DataID getMyID() {
     static const DataID id = std::hash<std::string_view>{}(__PRETTY_FUNCTION__);
     return id;
   }
 
-  /// The container as this type; null when it is null or of another type.
+  /// The container as this type; null when it is null or of another type. [any & real-time]
   [[nodiscard]] static NamedType* safeCast(IContainer* container) {
     return container != nullptr && container->getID() == getMyID() ? static_cast<NamedType*>(container) : nullptr;
   }
+  /// As above, for a container that is only read. [any & real-time]
   [[nodiscard]] static const NamedType* safeCast(const IContainer* container) {
     return container != nullptr && container->getID() == getMyID() ? static_cast<const NamedType*>(container) : nullptr;
   }

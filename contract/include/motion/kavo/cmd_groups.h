@@ -3,6 +3,7 @@
 
 namespace motion::kavo {
 
+/// Commands that set or reset a signal and go on.
 inline constexpr const char* GROUP_SEND_SIGNAL = "SendSignalGroup";
 /// Commands that wait for a signal.
 inline constexpr const char* GROUP_SYNC_ON_SIGNAL = "SyncOnSignalGroup";

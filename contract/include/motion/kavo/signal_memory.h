@@ -3,6 +3,7 @@
 
 #include <cstdint>
 
+/// What Motion.Kavo tells a host about itself: names, addresses and records.
 namespace motion::kavo {
 
 /// Signals are numbered 0 to SIGNAL_COUNT - 1. Byte i of each memory is a wrapping counter of signal i; the signal is set

@@ -5,7 +5,14 @@
 
 namespace motion::kavo {
 
-enum class SwitchOnPathMode : std::uint32_t { ENTER_SPHERE = 0 };
-enum class SwitchOnPathAction : std::uint32_t { SET_SIGNAL = 0, RESET_SIGNAL = 1 };
+/// What makes a condition fire.
+enum class SwitchOnPathMode : std::uint32_t {
+  ENTER_SPHERE = 0,  ///< the tool comes as near to the target as the radius says
+};
+/// What a condition does when it fires.
+enum class SwitchOnPathAction : std::uint32_t {
+  SET_SIGNAL = 0,    ///< the signal is set afterwards, whatever it was
+  RESET_SIGNAL = 1,  ///< the signal is reset afterwards, whatever it was
+};
 
 }  // namespace motion::kavo

@@ -12,6 +12,7 @@ namespace common::log::trace {
 /// Registers trace units. Results are signed; a negative one is a failure. Slot order is fixed.
 class IRegistrationRealTime3 {
  public:
+  /// Receives the switches of a unit, all three at once. It must not register or unregister. [any]
   using EnablingCallback = std::function<void(const EnablingState&)>;
 
   virtual ~IRegistrationRealTime3() = default;

@@ -30,7 +30,8 @@ namespace motion::core::cmd {
 class ICmdFrame;
 
 /// The operations of a command, whatever object it is for. Slot order is fixed.
-/// The host calls, in this order: onSetCmdValues, onValidate, onRegisterJobListsInputs; onCmdStateChanged on every change.
+/// The host calls, in this order: onSetCmdValues, onValidate, onRegisterJobListsInputs; onCmdStateChanged on every change. A
+/// host without commands that run beside the current one never asks onIsAdditional, onAdditionalExecute, onGetAddCmdSlotID.
 class ICmdGeneric {
  public:
   virtual ~ICmdGeneric() = default;
@@ -47,14 +48,20 @@ class ICmdGeneric {
   virtual CmdResult onValidate(const dia::CmdSourceInfo& source, dia::IDia* dia) = 0;
   /// Told on every change of state, in the thread that changes it. [prepare | cyclic & real-time]
   virtual void onCmdStateChanged(const ICmdFrame& frame, CmdState state) = 0;
-  virtual bool onIsAdditional() = 0;            ///< [prepare]
-  virtual CmdResult onAdditionalExecute() = 0;  ///< [prepare]
-  virtual CmdResult onCmdActivate() = 0;        ///< when the command becomes current [cyclic & real-time]
-  virtual CmdResult onCmdExit() = 0;            ///< when it is current no more [cyclic & real-time]
-  [[nodiscard]] virtual std::uint32_t onGetAddCmdSlotID() const = 0;  ///< [prepare]
-  virtual bool onDeviceHasToFollow() = 0;                             ///< [prepare]
-  [[nodiscard]] virtual std::uint32_t onGetPlcOpenCmdType()
-      const = 0;  ///< number of the command in PLC function blocks [any]
+  /// True for a command that runs beside the current one instead of after it. [prepare]
+  virtual bool onIsAdditional() = 0;
+  /// Does at once what a command that runs beside another one has to do. [prepare]
+  virtual CmdResult onAdditionalExecute() = 0;
+  /// Told when the command becomes current, before its jobs; a failure ends the command. [cyclic & real-time]
+  virtual CmdResult onCmdActivate() = 0;
+  /// Told when the command is current no more, however it ended; the result is ignored. [cyclic & real-time]
+  virtual CmdResult onCmdExit() = 0;
+  /// Number of the slot in which a command that runs beside another one has its place, else 0. [prepare]
+  [[nodiscard]] virtual std::uint32_t onGetAddCmdSlotID() const = 0;
+  /// True when the physical drive must follow the set-points of the command. [prepare]
+  virtual bool onDeviceHasToFollow() = 0;
+  /// Number under which PLC function blocks know the command. [any]
+  [[nodiscard]] virtual std::uint32_t onGetPlcOpenCmdType() const = 0;
 
  protected:
   ICmdGeneric() = default;
@@ -66,6 +73,7 @@ class ICmdGeneric {
 template <ObjectType OBJECT_TYPE>
 class CmdGeneric : public ICmdGeneric {
  public:
+  /// `name` is the one that the command is registered by; `objFactory` is borrowed and outlives the command. [prepare]
   CmdGeneric(std::string name, bool bufferedOnly, IObjFactory& objFactory)
       : m_name(std::move(name)), m_bufferedOnly(bufferedOnly), m_objFactory(objFactory) {}
   CmdGeneric(const CmdGeneric&) = delete;
@@ -80,13 +88,14 @@ class CmdGeneric : public ICmdGeneric {
   bool onDeviceHasToFollow() override { return true; }
   [[nodiscard]] std::uint32_t onGetPlcOpenCmdType() const override { return 0; }
 
+  /// The name by which users ask for the command. [any & real-time]
   [[nodiscard]] const std::string& getName() const noexcept { return m_name; }
 
  protected:
   std::uint64_t m_hostData = 0;  ///< free for the host's use
-  std::string m_name;
-  bool m_bufferedOnly;
-  IObjFactory& m_objFactory;
+  std::string m_name;            ///< does not change after construction
+  bool m_bufferedOnly;           ///< true when the command makes sense in a buffer only
+  IObjFactory& m_objFactory;     ///< where the command finds its job objects; borrowed
 };
 
 }  // namespace motion::core::cmd

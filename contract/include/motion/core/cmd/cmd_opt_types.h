@@ -6,7 +6,11 @@
 namespace motion::core::cmd {
 
 /// Permanence that a user asks for: "Once", "PermOn", "PermOff".
-enum class CmdOptPermType : std::uint32_t { ONCE = 0, PERM_ON = 1, PERM_OFF = 2 };
+enum class CmdOptPermType : std::uint32_t {
+  ONCE = 0,      ///< for the next command that the option may accompany
+  PERM_ON = 1,   ///< for every following one, until PERM_OFF
+  PERM_OFF = 2,  ///< ends PERM_ON; an option that waits for its one command stays
+};
 
 /// Duration that an option answers with.
 enum class CmdOptDuration : std::uint32_t {

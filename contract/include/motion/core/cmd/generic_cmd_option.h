@@ -61,8 +61,12 @@ class GenericCmdOption {
   virtual CmdResult getParameter(const IContainer*& /*values*/) { return CmdResult::UnknownPermType; }
   /// Job objects for one accompanied command, owned by the host. An empty list means that they could not be made. [prepare]
   virtual std::vector<job::IJobObject*> createJobs(IObjFactory& jobObjFactory) const = 0;
-  virtual IContainer* getEternalContainer(IObj& /*obj*/) { return nullptr; }  ///< [prepare]
-  virtual std::uint32_t getCmdOptExitStrategy() { return 0; }                 ///< [prepare]
+  /// A record that the option keeps on the object beyond the commands; null when it keeps none. Not every host asks.
+  /// [prepare]
+  virtual IContainer* getEternalContainer(IObj& /*obj*/) { return nullptr; }
+  /// What becomes of the option when its command is aborted; 0 leaves it to the host. Not every host asks.
+  /// [prepare]
+  virtual std::uint32_t getCmdOptExitStrategy() { return 0; }
 };
 
 }  // namespace motion::core::cmd

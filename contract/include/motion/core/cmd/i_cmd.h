@@ -43,8 +43,10 @@ class ICmd {
 /// The frame in which the host keeps a command.
 class ICmdFrame : public ICmd {
  public:
-  [[nodiscard]] virtual CmdState getCmdState() const = 0;                ///< [any & real-time]
-  [[nodiscard]] virtual const job::IJobHandler& getJobHandler() const = 0;  ///< [any]
+  /// The state that was set last; onCmdStateChanged is called after it is set. [any & real-time]
+  [[nodiscard]] virtual CmdState getCmdState() const = 0;
+  /// The job objects of this command, its options included; they live as long as the frame. [any]
+  [[nodiscard]] virtual const job::IJobHandler& getJobHandler() const = 0;
 };
 
 struct ICmdPtr___t;

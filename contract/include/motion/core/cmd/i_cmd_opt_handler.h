@@ -7,6 +7,7 @@
 
 namespace motion::core::cmd {
 
+/// What an option asks for when it builds upon the one of its name that is in force.
 class ICmdOptHandler {
  public:
   virtual ~ICmdOptHandler() = default;

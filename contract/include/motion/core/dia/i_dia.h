@@ -5,13 +5,14 @@
 
 #include "motion/core/dia/cmd_source_info.h"
 
+/// Diagnoses, which users read to learn why a command was refused or failed.
 namespace motion::core::dia {
 
 /// The place in the component's source that reports.
 struct SourcePosition {
-  const char* file = "";
-  const char* function = "";
-  std::uint32_t line = 0;
+  const char* file = "";      ///< source file; a text with static storage, not null
+  const char* function = "";  ///< function in it; as above
+  std::uint32_t line = 0;     ///< line of the report, from 1; 0 = unknown
 };
 
 /// Takes diagnoses one at a time: report opens one, close ends it.
@@ -35,7 +36,8 @@ class IDia {
 class IDiagCollector {
  public:
   virtual ~IDiagCollector() = default;
-  virtual void add(std::uint32_t mainCode, std::uint32_t detailCode, const char* text) = 0;  ///< [prepare]
+  /// Notes one finished diagnosis; the text is copied, not formatted, and null counts as empty. [prepare]
+  virtual void add(std::uint32_t mainCode, std::uint32_t detailCode, const char* text) = 0;
 
  protected:
   IDiagCollector() = default;

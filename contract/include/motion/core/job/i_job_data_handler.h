@@ -9,9 +9,10 @@
 
 namespace motion::core::job {
 
-/// How many elements a reader wants.
+/// How many elements a reader wants: one, the only mode that there is.
 inline constexpr std::uint32_t READ_ONE = 1;
 
+/// Finds records by type and section: those of the command first, then those of its motion object.
 class IJobDataHandler {
  public:
   virtual ~IJobDataHandler() = default;

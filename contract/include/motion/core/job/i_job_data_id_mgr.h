@@ -6,6 +6,7 @@
 
 namespace motion::core::job {
 
+/// Names for the identifiers of named types, so that diagnoses can say which record is meant.
 class IJobDataIDMgr : public IDManager<DataID> {};
 
 }  // namespace motion::core::job

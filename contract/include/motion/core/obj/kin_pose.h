@@ -7,12 +7,12 @@ namespace motion::core {
 
 /// Position [m] and orientation (rotation vector, [rad]) of the tool in the kinematics' base frame.
 struct KinPoseT {
-  double x = 0.0;
-  double y = 0.0;
-  double z = 0.0;
-  double a = 0.0;
-  double b = 0.0;
-  double c = 0.0;
+  double x = 0.0;  ///< along the base's x axis [m]
+  double y = 0.0;  ///< along the base's y axis [m]
+  double z = 0.0;  ///< along the base's z axis [m]
+  double a = 0.0;  ///< x component of the rotation vector [rad]
+  double b = 0.0;  ///< y component of the rotation vector [rad]
+  double c = 0.0;  ///< z component of the rotation vector [rad]
 };
 
 struct KinematicsPos;

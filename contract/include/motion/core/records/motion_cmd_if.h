@@ -40,40 +40,40 @@ using DwellCmdFn = FctResult (*)(cmd::ICmdContext* context, const dia::CmdSource
 
 /// The older record. Written and read as MotionSysIfT.
 struct MotionCmdIfT {
-  AbortCmdFn abortCmd = nullptr;
-  DwellCmdFn dwellCmd = nullptr;
+  AbortCmdFn abortCmd = nullptr;  ///< empties the object; published by the host
+  DwellCmdFn dwellCmd = nullptr;  ///< lets the object rest for a while; published by the host
 
-  SignalCmdFn resetSignalCmd = nullptr;
-  SignalCmdFn setSignalCmd = nullptr;
-  SignalCmdOptFn setSignalCmdOpt = nullptr;
-  WaitForSignalCmdFn waitForSignalCmd = nullptr;
-  JoinCmdFn joinCmd = nullptr;
+  SignalCmdFn resetSignalCmd = nullptr;           ///< resets a signal; null while Motion.Kavo is not started
+  SignalCmdFn setSignalCmd = nullptr;             ///< sets a signal; as above
+  SignalCmdOptFn setSignalCmdOpt = nullptr;       ///< sets a signal when the next command starts; as above
+  WaitForSignalCmdFn waitForSignalCmd = nullptr;  ///< holds the object until a signal is set; as above
+  JoinCmdFn joinCmd = nullptr;                    ///< holds the object until all of a group are there; as above
 };
 
 /// Functions for axes and kinematics alike.
 struct MotionCmdGeneralFctT {
-  AbortCmdFn abortCmd = nullptr;
-  DwellCmdFn dwellCmd = nullptr;
+  AbortCmdFn abortCmd = nullptr;  ///< empties the object; published by the host
+  DwellCmdFn dwellCmd = nullptr;  ///< lets the object rest for a while; published by the host
 
-  SignalCmdFn resetSignalCmd = nullptr;
-  SignalCmdFn setSignalCmd = nullptr;
-  SignalCmdOptFn setSignalCmdOpt = nullptr;
-  WaitForSignalCmdFn waitForSignalCmd = nullptr;
-  JoinCmdFn joinCmd = nullptr;
-  SignalCmdFn waitForSignalResetCmd = nullptr;
+  SignalCmdFn resetSignalCmd = nullptr;           ///< resets a signal; null while Motion.Kavo is not started
+  SignalCmdFn setSignalCmd = nullptr;             ///< sets a signal; as above
+  SignalCmdOptFn setSignalCmdOpt = nullptr;       ///< sets a signal when the next command starts; as above
+  WaitForSignalCmdFn waitForSignalCmd = nullptr;  ///< holds the object until a signal is set; as above
+  JoinCmdFn joinCmd = nullptr;                    ///< holds the object until all of a group are there; as above
+  SignalCmdFn waitForSignalResetCmd = nullptr;    ///< holds the object until a signal is reset; as above
 };
 
 /// Functions for kinematics only.
 struct MotionCmdKinFctT {
-  AbortCmdFn abortCmd = nullptr;
-  KinSwitchOnPathCmdOptFn kinSwitchOnPathCmdOpt = nullptr;
+  AbortCmdFn abortCmd = nullptr;                            ///< empties the object; published by the host
+  KinSwitchOnPathCmdOptFn kinSwitchOnPathCmdOpt = nullptr;  ///< null while Motion.Kavo is not started
 };
 
 /// The current record: sub-records by topic. No sub-record pointer is null.
 struct MotionCmdIf2T {
-  std::uint32_t version = 2;
-  MotionCmdGeneralFctT* general = nullptr;
-  MotionCmdKinFctT* kin = nullptr;
+  std::uint32_t version = 2;                ///< of this record; the older one has none
+  MotionCmdGeneralFctT* general = nullptr;  ///< owned by the host
+  MotionCmdKinFctT* kin = nullptr;          ///< owned by the host
 };
 
 }  // namespace motion::core

@@ -5,9 +5,10 @@
 
 namespace motion::core {
 
-/// Published by the host.
+/// Published by the host. ObjectNotFound for an unknown name, NotSupportedByObject for what is no axis; `position` and
+/// `velocity` are written only on success.
 struct MotionDataIfT {
-  void* context = nullptr;
+  void* context = nullptr;  ///< the host's own; handed back with every call
   /// Actual position of an axis [m]. [any]
   FctResult (*getAxisPosition)(void* context, const char* objName, double& position) = nullptr;
   /// Actual velocity of an axis [m/s]. [any]

@@ -11,11 +11,11 @@ namespace motion::core {
 
 /// Owned by the host; borrowed by the component between set and remove.
 struct MotionExtensionIfT {
-  void* context = nullptr;
+  void* context = nullptr;  ///< the host's own; handed back with every call
   /// Makes an extension interface for the component that `version` describes. On success `*ext` is set and the component
   /// owns it. [framework]
   FctResult (*createExtIfObj)(void* context, const ComponentVersionAdd* version, IMotionExt** ext) = nullptr;
-  /// Version of this record. [any]
+  /// Version of this record, counted from 1. [any]
   std::uint32_t (*getInterfaceVersion)(void* context) = nullptr;
 };
 

@@ -26,6 +26,18 @@ TEST(Variant, GivesWhatItHolds) {
   EXPECT_EQ(Variant(Variant::Strings{"a", "b"}).getStrings()->size(), 2U);
 }
 
+TEST(Variant, MakesATextOfALiteralAndOfNothingElse) {
+  const Variant literal("glue valve");
+  ASSERT_EQ(literal.getType(), VariantType::STRING);
+  EXPECT_EQ(*literal.getString(), "glue valve");
+  char letters[] = "x";
+  EXPECT_EQ(Variant(letters).getType(), VariantType::STRING);
+  const char* const missing = nullptr;
+  EXPECT_EQ(*Variant(missing).getString(), "");
+  EXPECT_FALSE((std::is_constructible_v<Variant, void*>)) << "it would become a bool";
+  EXPECT_FALSE((std::is_constructible_v<Variant, const int*>));
+}
+
 TEST(Variant, NamesItsType) {
   EXPECT_EQ(Variant(true).getType(), VariantType::BOOL8);
   EXPECT_EQ(Variant(std::int32_t{1}).getType(), VariantType::INT32);
