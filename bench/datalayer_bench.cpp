@@ -2,6 +2,7 @@
 #include <benchmark/benchmark.h>
 #include <fmt/format.h>
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
@@ -179,6 +180,8 @@ void floorScopes(benchmark::State& state) {
   }
 }
 
+const std::vector<std::vector<std::int64_t>> PATTERNS_AND_LEVELS{{3, 300}, {1, 4, 8, 16}};
+
 // Time of the clock: what providers do on their threads is part of it.
 BENCHMARK_CAPTURE(node, read, Operation::READ)->Name("node_read")->UseRealTime();
 BENCHMARK_CAPTURE(node, write, Operation::WRITE)->Name("node_write")->UseRealTime();
@@ -191,27 +194,9 @@ BENCHMARK_CAPTURE(handOver, metadata, Operation::METADATA)->Name("floor_node_met
 BENCHMARK_CAPTURE(callback, read, Operation::READ)->Name("node_on_read");
 BENCHMARK_CAPTURE(callback, write, Operation::WRITE)->Name("node_on_write");
 BENCHMARK(direct)->Name("sys_write");
-BENCHMARK_CAPTURE(checkScopes, exact, true)
-    ->Name("scope_exact")
-    ->Args({3, 1})
-    ->Args({3, 4})
-    ->Args({3, 8})
-    ->Args({3, 16})
-    ->Args({300, 1})
-    ->Args({300, 4})
-    ->Args({300, 8})
-    ->Args({300, 16});
+BENCHMARK_CAPTURE(checkScopes, exact, true)->Name("scope_exact")->ArgsProduct(PATTERNS_AND_LEVELS);
 BENCHMARK_CAPTURE(checkScopes, wildcards, false)->Name("scope_wildcards")->Args({3, 8})->Args({300, 8});
-BENCHMARK(floorScopes)
-    ->Name("floor_scope")
-    ->Args({3, 1})
-    ->Args({3, 4})
-    ->Args({3, 8})
-    ->Args({3, 16})
-    ->Args({300, 1})
-    ->Args({300, 4})
-    ->Args({300, 8})
-    ->Args({300, 16});
+BENCHMARK(floorScopes)->Name("floor_scope")->ArgsProduct(PATTERNS_AND_LEVELS);
 
 }  // namespace
 }  // namespace motion::bench

@@ -173,8 +173,9 @@ int main(int argc, char** argv) {
   run->add_flag("--real-time", arguments.play.realTime, "run in real time instead of virtual time");
   run->add_option("--stuck-after", arguments.play.stuckAfter,
                   "in real time: cycles without any event after which objects that wait are given up")
+      ->needs("--real-time")
       ->check(CLI::Range(std::uint64_t{1}, std::uint64_t{1'000'000'000}));
-  run->add_flag("--events", arguments.events, "print only the list of events, one a line");
+  run->add_flag("--events", arguments.events, "print only the list of events, one a line")->excludes("--json");
   motion::host::app::RunDoor door(*run, "kavo " KAVO_VERSION);
   run->footer(std::string(EXIT_CODES) + "\nIn real time SIGUSR1 prints who waits for whom at that moment.");
   CLI::App* check = app.add_subcommand("check", "read and validate a scenario without running it");
@@ -182,7 +183,8 @@ int main(int argc, char** argv) {
   check->footer(EXIT_CODES);
   CLI::App* nodes = app.add_subcommand("nodes", "start the bundle and print what a client sees of the data layer");
   addCommonOptions(*nodes, arguments);
-  nodes->add_option("--scope", arguments.scopes, "scope that the client is granted; may be given several times");
+  nodes->add_option("--scope", arguments.scopes, "scope that the client is granted; may be given several times")
+      ->allow_extra_args(false);
   nodes->add_flag("--unrestricted", arguments.unrestricted, "look as the host itself, which may do everything")
       ->excludes("--scope");
   nodes->footer(std::string(EXIT_CODES) +

@@ -16,7 +16,8 @@ constexpr std::uint64_t NEVER = std::uint64_t{1} << 62U;
 
 RunDoor::RunDoor(CLI::App& run, std::string program) : m_program(std::move(program)) {
   CLI::Option* const realTime = run.get_option("--real-time");
-  CLI::Option* const off = run.add_flag("--no-door", m_isOff, "in real time: let nobody act on the run from outside");
+  CLI::Option* const off =
+      run.add_flag("--no-door", m_isOff, "in real time: let nobody act on the run from outside")->needs(realTime);
   run.add_option("--socket", m_socket, "in real time: where the door is opened instead of the default place")
       ->needs(realTime)
       ->excludes(off);

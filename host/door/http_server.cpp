@@ -293,7 +293,6 @@ class HttpServer::Work final : public httplib::Server {
       const bool isFine = process_request(stream, left == 1, wantsEnd, [&](httplib::Request& request) {
         connection.beginBody();
         stream.endHead();
-        request.ranges.clear();
         mustEnd = planBody(request).mustEnd;
         if (mustEnd) {
           request.headers.erase("Connection");

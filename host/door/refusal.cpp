@@ -30,7 +30,6 @@ constexpr std::array STATUS_NAMES{
     StatusName{413, "too-large", "The body is too large."},
     StatusName{414, "uri-too-long", "The target of the request is too long."},
     StatusName{415, "unsupported-media-type", "The body must be application/json."},
-    StatusName{416, "bad-range", "Ranges of an answer are not served; leave out the header Range."},
     StatusName{429, "too-many-requests", "There are too many requests."},
     StatusName{431, "head-too-large", "The first line and the headers of the request are too large."},
     StatusName{500, "internal", "The door failed to answer. That is its fault, not the request's."},

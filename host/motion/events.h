@@ -24,7 +24,7 @@ enum class EventKind : std::uint32_t {
 inline constexpr std::uint32_t OUTSIDE = 0xFFFFFFFFU;
 
 struct Event {
-  std::uint64_t cycle = 0;   ///< the cycle in which it happened; for events between cycles, the cycle that comes next
+  std::uint64_t cycle = 0;  ///< the cycle in which it happened; for events between cycles, the cycle that comes next
   EventKind kind = EventKind::CMD_BUFFERED;
   std::uint32_t object = OUTSIDE;  ///< index of the object in order of creation
   std::uint64_t cmdID = 0;         ///< of the command, or of the one that was current when a signal changed; 0 = none

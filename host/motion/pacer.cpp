@@ -58,8 +58,9 @@ std::string requestRealTime() {
   sched_param parameter{};
   parameter.sched_priority = CYCLIC_PRIORITY;
   if (const int error = pthread_setschedparam(pthread_self(), SCHED_FIFO, &parameter); error != 0) {
-    warning = fmt::format("real-time scheduling is not permitted ({}); cycles may be late. Run as root or grant CAP_SYS_NICE",
-                          std::strerror(error));
+    warning =
+        fmt::format("real-time scheduling is not permitted ({}); cycles may be late. Run as root or grant CAP_SYS_NICE",
+                    std::strerror(error));
   }
   if (mlockall(MCL_CURRENT | MCL_FUTURE) != 0) {
     warning += fmt::format("{}memory cannot be locked ({}); a page fault may delay a cycle. Raise the memlock limit",

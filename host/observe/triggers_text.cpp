@@ -3,6 +3,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cmath>
 #include <iterator>
 
@@ -108,9 +109,9 @@ class TriggerText {
          millimetres(pass.speed * m_record.cycleTime), leap);
   }
 
-  /// Rounded up, so that a radius of that text is not too small.
+  /// Rounded up, so that a radius of that text is not too small; what did not fire was not at the target.
   [[nodiscard]] static std::string radiusText(double distance) {
-    return fmt::format("{:.3f} mm", std::ceil(distance * 1e6 - 1e-6) * 1e-3);
+    return fmt::format("{:.3f} mm", std::max(1.0, std::ceil(distance * 1e6 - 1e-6)) * 1e-3);
   }
 
   const RunRecord& m_record;

@@ -44,7 +44,9 @@ bool checkNames(const OutsideEvent& event, const std::vector<std::string>& known
   bool isFine = true;
   for (const scenario::ScopeName& scope : event.scopes) {
     if (std::ranges::find(known, scope.name) == known.end()) {
-      problems.unknownWord(scope.mark, fmt::format("scopes: unknown scope '{}'", scope.name), scope.name, right);
+      // The one that is taken when none is named has no place of its own.
+      problems.unknownWord(scope.mark.line != 0 ? scope.mark : event.mark,
+                           fmt::format("scopes: unknown scope '{}'", scope.name), scope.name, right);
       isFine = false;
     }
   }

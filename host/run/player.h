@@ -32,7 +32,8 @@ struct Watch {
   std::function<void(const std::string&)> onExplanation;
   /// Once, before the first cycle. A text that is not empty is a warning for the record. May be empty.
   std::function<std::string(Session& session, const scenario::Scenario& scenario)> onStart;
-  /// Often, when the record has been brought up to date, with the cycle that has begun; also after the last cycle. May be empty.
+  /// Often, when the record has been brought up to date, with the cycle that has begun; also after the last cycle. May be
+  /// empty.
   std::function<void(const observe::RunRecord& record, std::uint64_t cycle)> onLook;
   /// Once after onStart, whatever ends the run, while the session is still open. Must not throw. May be empty.
   std::function<void()> onEnd;

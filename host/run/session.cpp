@@ -106,9 +106,10 @@ bool Session::close(std::string& problem) {
   m_runtime->stopCommands();
   // First: the component takes its nodes away before it says so.
   if (!m_dataLayer->closeClients(m_config.closeLimit)) {
-    problem = explain(fmt::format("bundle '{}': a node of the component has been asked and never came back; look in the "
-                                  "component's traces for the cause",
-                                  m_config.bundleDir.string()));
+    problem =
+        explain(fmt::format("bundle '{}': a node of the component has been asked and never came back; look in the "
+                            "component's traces for the cause",
+                            m_config.bundleDir.string()));
     abandon();
     return false;
   }

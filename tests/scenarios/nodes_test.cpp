@@ -50,6 +50,11 @@ TEST(Nodes, CanBeWrittenByOperatorsOnly) {
   EXPECT_THAT(manage, HasSubstr("\n        signals "));
 }
 
+TEST(Nodes, TakeOneScopeAtATime) {
+  const ToolResult result = runTool({"nodes", "--scope", "motion.view", EXAMPLE, "--json", "--bundle", KAVO_BUNDLE});
+  EXPECT_EQ(result.exitCode, 0) << "the file may stand behind a scope: " << show(result);
+}
+
 TEST(Nodes, AreHiddenFromNobody) {
   const ToolResult result = nodes({});
   EXPECT_EQ(result.exitCode, 0) << show(result);

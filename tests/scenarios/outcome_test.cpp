@@ -200,5 +200,22 @@ TEST(Tool, WrongArgumentsExitWith2) {
   EXPECT_EQ(runTool({"run", "x.yaml", "--start-limit", "0"}).exitCode, 2);
 }
 
+TEST(Tool, OptionsOfRealTimeAreRefusedInVirtualTime) {
+  const std::string example = KAVO_SOURCE_DIR "/examples/01_hand_over.yaml";
+  for (const std::vector<std::string>& words : {std::vector<std::string>{"--stuck-after", "5"}, {"--no-door"}}) {
+    std::vector<std::string> arguments{"run", example, "--bundle", KAVO_BUNDLE};
+    arguments.insert(arguments.end(), words.begin(), words.end());
+    const ToolResult result = runTool(arguments);
+    EXPECT_EQ(result.exitCode, 2) << show(result);
+    EXPECT_THAT(result.err, HasSubstr("--real-time"));
+  }
+}
+
+TEST(Tool, EventsAndJsonExcludeEachOther) {
+  const ToolResult result =
+      runTool({"run", KAVO_SOURCE_DIR "/examples/01_hand_over.yaml", "--events", "--json", "--bundle", KAVO_BUNDLE});
+  EXPECT_EQ(result.exitCode, 2) << show(result);
+}
+
 }  // namespace
 }  // namespace motion::test

@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "support/scratch_dir.h"
+
 namespace motion::test {
 
 struct ToolResult {
@@ -17,22 +19,6 @@ struct ToolResult {
 
 /// Runs kavo with these arguments, standard input empty. Ends it after a generous limit.
 [[nodiscard]] ToolResult runTool(const std::vector<std::string>& arguments);
-
-/// A directory of its own for a test, removed at the end.
-class ScratchDir {
- public:
-  ScratchDir();
-  ScratchDir(const ScratchDir&) = delete;
-  ScratchDir& operator=(const ScratchDir&) = delete;
-  ~ScratchDir();
-
-  [[nodiscard]] const std::filesystem::path& path() const noexcept { return m_path; }
-  /// Writes a file into it and gives its path.
-  [[nodiscard]] std::string write(const std::string& name, const std::string& content) const;
-
- private:
-  std::filesystem::path m_path;
-};
 
 /// kavo while it runs.
 class RunningTool {

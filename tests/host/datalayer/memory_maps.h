@@ -1,6 +1,8 @@
 // Memory maps for tests.
 #pragma once
 
+#include <span>  // before FlatBuffers, which uses it if it is there
+
 #include <flatbuffers/flatbuffers.h>
 
 #include <cstdint>

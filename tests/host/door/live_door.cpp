@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include <cstdlib>
 #include <stdexcept>
 #include <vector>
 
@@ -13,19 +12,6 @@
 #include "host/scenario/scenario_reader.h"
 
 namespace motion::host::door {
-
-ScratchDir::ScratchDir() {
-  std::string pattern = "/tmp/kavo-door-XXXXXX";
-  if (mkdtemp(pattern.data()) == nullptr) {
-    throw std::runtime_error("cannot make a scratch directory");
-  }
-  m_path = pattern;
-}
-
-ScratchDir::~ScratchDir() {
-  std::error_code ignored;
-  std::filesystem::remove_all(m_path, ignored);
-}
 
 LiveDoor::LiveDoor(DoorConfig config, const char* text) : m_door(std::move(config)) {
   std::string problem;

@@ -11,23 +11,11 @@
 #include "host/door/door_client.h"
 #include "host/run/session.h"
 #include "host/scenario/scenario.h"
+#include "support/scratch_dir.h"
 
 namespace motion::host::door {
 
-/// A directory of its own for a test, removed at the end.
-class ScratchDir {
- public:
-  ScratchDir();
-  ScratchDir(const ScratchDir&) = delete;
-  ScratchDir& operator=(const ScratchDir&) = delete;
-  ~ScratchDir();
-
-  [[nodiscard]] std::filesystem::path operator/(const std::string& name) const { return m_path / name; }
-  [[nodiscard]] const std::filesystem::path& path() const noexcept { return m_path; }
-
- private:
-  std::filesystem::path m_path;
-};
+using motion::test::ScratchDir;
 
 /// Runs until somebody sets signals 5 and 99.
 inline constexpr const char* WAITING_RUN =

@@ -7,7 +7,9 @@
 namespace motion::host::observe {
 namespace {
 
-TEST(RunRecordIsFine, WhenEverythingHolds) { EXPECT_TRUE(sampleRecord().isFine()); }
+TEST(RunRecordIsFine, WhenEverythingHolds) {
+  EXPECT_TRUE(sampleRecord().isFine());
+}
 
 TEST(RunRecordIsFine, NotWhenAnExpectationFails) {
   RunRecord sut = sampleRecord();

@@ -48,9 +48,9 @@ inline RunRecord sampleRecord() {
   record.objects.push_back({"B", core::ObjectType::KINEMATICS, {0.1, 0.0, -0.02}, {0.1, 0.25, 0.0}, {wait}});
   record.signals = {{11, 3, true, 0, 2}, {11, 3, false, 1, 1}};
   using Kind = StepRecord::Kind;
-  record.steps = {{Kind::ACTIVE, 1, 0, 1, 0},  {Kind::MOTION_BEGAN, 1, 0, 1, 0}, {Kind::ACTIVE, 1, 1, 1, 0},
-                  {Kind::DONE, 10, 0, 1, 0},   {Kind::ACTIVE, 11, 0, 2, 0},      {Kind::DONE, 11, 0, 2, 0},
-                  {Kind::SIGNAL_SET, 11, 0, 2, 3}, {Kind::DONE, 11, 1, 1, 0},    {Kind::SIGNAL_RESET, 11, 1, 1, 3}};
+  record.steps = {{Kind::ACTIVE, 1, 0, 1, 0},      {Kind::MOTION_BEGAN, 1, 0, 1, 0}, {Kind::ACTIVE, 1, 1, 1, 0},
+                  {Kind::DONE, 10, 0, 1, 0},       {Kind::ACTIVE, 11, 0, 2, 0},      {Kind::DONE, 11, 0, 2, 0},
+                  {Kind::SIGNAL_SET, 11, 0, 2, 3}, {Kind::DONE, 11, 1, 1, 0},        {Kind::SIGNAL_RESET, 11, 1, 1, 3}};
   record.expectations = {{"at: end, signal: 3, value: false", 9, true, ""}};
   return record;
 }

@@ -1,6 +1,6 @@
 #include "host/observe/triggers_text.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include "trigger_builder.h"
 
@@ -53,6 +53,13 @@ TEST(TriggersText, AConditionThatWasNeverReached) {
             missed +
                 "    stepped over: between cycles 12 and 13 the path passed the target at 1.000 mm, but at 2500.000 mm/s "
                 "one cycle is 2.500 mm\n");
+}
+
+TEST(TriggersText, WhatDidNotFireWasNotAtTheTarget) {
+  RunRecord record = withTrigger();
+  record.triggers[0].nearest = lookIn(12, 1e-17, 1e-17);
+  EXPECT_THAT(triggersText(record),
+              testing::HasSubstr(", 0.001 mm from the target; a radius of that size would have fired"));
 }
 
 TEST(TriggersText, ARadiusThatFitsInItsDigitsIsNotRounded) {

@@ -109,6 +109,17 @@ TEST_F(OutsideWritesTest, FindsScopesThatNobodyRegistered) {
                           "motion.manage, motion.operate, motion.view"));
 }
 
+TEST_F(OutsideWritesTest, PointsAtTheWriteWhenNoScopeIsNamed) {
+  scenario::Scenario scenario;
+  scenario.file = "f";
+  OutsideEvent event;
+  event.mark = {12, 5};
+  scenario.outside = {event};
+  const auto problems = checkOutsideWrites(scenario, datalayer::ScopeRegister());
+  ASSERT_EQ(problems.size(), 1U);
+  EXPECT_EQ(problems[0].text(), "f:12:5: scopes: unknown scope 'motion.operate'; nothing is known here");
+}
+
 TEST_F(OutsideWritesTest, FindsWritesThatWillBeRefused) {
   EXPECT_THAT(findings(writing(true, {VIEW}, false)),
               ElementsAre("warning f:12:5: signal 7 cannot be set by a client with the scope motion.view; name a scope that "

@@ -5,11 +5,10 @@
 #include <rapidcheck.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <filesystem>
-#include <fstream>
 
 #include "reading.h"
+#include "support/scratch_dir.h"
 
 namespace motion::host::scenario {
 namespace {
@@ -48,17 +47,7 @@ expect:
 
 class ScenarioFile : public testing::Test {
  protected:
-  ScenarioFile() {
-    std::string pattern = (fs::temp_directory_path() / "scenario_reader_test_XXXXXX").string();
-    m_folder = mkdtemp(pattern.data());
-  }
-  ~ScenarioFile() override { fs::remove_all(m_folder); }
-
-  [[nodiscard]] fs::path write(const std::string& content) const {
-    fs::path path = m_folder / "a.yaml";
-    std::ofstream(path, std::ios::binary) << content;
-    return path;
-  }
+  [[nodiscard]] fs::path write(const std::string& content) const { return m_scratch.write("a.yaml", content); }
   // The problem of a file without its name.
   [[nodiscard]] static Texts problemsIn(const fs::path& path) {
     const ReadResult result = readScenarioFile(path);
@@ -71,7 +60,7 @@ class ScenarioFile : public testing::Test {
     return texts;
   }
 
-  fs::path m_folder;
+  test::ScratchDir m_scratch;
 };
 
 TEST_F(ScenarioFile, isRead) {
@@ -87,15 +76,15 @@ TEST_F(ScenarioFile, isRead) {
 }
 
 TEST_F(ScenarioFile, mustBeARegularFile) {
-  EXPECT_EQ(problemsIn(m_folder / "none.yaml"), (Texts{": there is no such file"}));
-  EXPECT_EQ(problemsIn(m_folder), (Texts{": this is a directory; name the scenario file in it"}));
+  EXPECT_EQ(problemsIn(m_scratch / "none.yaml"), (Texts{": there is no such file"}));
+  EXPECT_EQ(problemsIn(m_scratch.path()), (Texts{": this is a directory; name the scenario file in it"}));
   EXPECT_EQ(problemsIn("/dev/zero"), (Texts{": this is not a regular file"}));
   EXPECT_EQ(problemsIn(write("") / "below"), (Texts{": there is no such file"}));
 }
 
 TEST_F(ScenarioFile, saysWhyItCannotBeRead) {
-  fs::create_symlink("loop", m_folder / "loop");
-  EXPECT_EQ(problemsIn(m_folder / "loop"), (Texts{": the file cannot be read: Too many levels of symbolic links"}));
+  fs::create_symlink("loop", m_scratch / "loop");
+  EXPECT_EQ(problemsIn(m_scratch / "loop"), (Texts{": the file cannot be read: Too many levels of symbolic links"}));
 }
 
 TEST_F(ScenarioFile, mustHoldSomething) {
