@@ -89,6 +89,14 @@ AllocationPause::~AllocationPause() {
   t_pauses = t_pauses - 1;
 }
 
+AllocationResume::AllocationResume() : m_pauses(t_pauses) {
+  t_pauses = 0;
+}
+
+AllocationResume::~AllocationResume() {
+  t_pauses = m_pauses;
+}
+
 }  // namespace motion::test
 
 void* operator new(std::size_t size) {

@@ -48,4 +48,16 @@ class AllocationPause {
   AllocationPause& operator=(const AllocationPause&) = delete;
 };
 
+/// Within a pause: what is allocated while it exists counts and fails again.
+class AllocationResume {
+ public:
+  AllocationResume();
+  ~AllocationResume();
+  AllocationResume(const AllocationResume&) = delete;
+  AllocationResume& operator=(const AllocationResume&) = delete;
+
+ private:
+  int m_pauses;
+};
+
 }  // namespace motion::test

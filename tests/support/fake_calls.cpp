@@ -12,9 +12,22 @@ void FakeCalls::fail(std::string operation, std::uint32_t code, int nth) {
   m_plans.push_back({std::move(operation), code, nth});
 }
 
+void FakeCalls::failCall(int nth, std::uint32_t code) {
+  const std::lock_guard lock(m_mutex);
+  m_untilFailure = nth;
+  m_failureCode = code;
+  m_failed.clear();
+}
+
 void FakeCalls::failNothing() {
   const std::lock_guard lock(m_mutex);
   m_plans.clear();
+  m_untilFailure = 0;
+}
+
+std::string FakeCalls::failed() const {
+  const std::lock_guard lock(m_mutex);
+  return m_failed;
 }
 
 std::shared_ptr<const void> FakeCalls::onCall(std::string operation, std::function<void()> action) {
@@ -30,6 +43,10 @@ std::optional<std::uint32_t> FakeCalls::add(std::string_view operation, const st
   {
     const std::lock_guard lock(m_mutex);
     m_calls.push_back(fmt::format("{}({})", operation, arguments));
+    if (m_untilFailure > 0 && --m_untilFailure == 0) {
+      code = m_failureCode;
+      m_failed = m_calls.back();
+    }
     for (auto& plan : m_plans) {
       if (plan.operation == operation) {
         ++plan.seen;

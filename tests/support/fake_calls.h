@@ -28,8 +28,12 @@ class FakeCalls {
   /// pointer answer null, whatever the code. THROW makes the operation throw a std::runtime_error.
   void fail(std::string operation, std::uint32_t code, int nth = EVERY);
   static constexpr std::uint32_t THROW = 0xFFFFFFFFU;
+  /// From now on the n-th call (from 1) fails, whatever its operation.
+  void failCall(int nth, std::uint32_t code);
   /// No call fails any more.
   void failNothing();
+  /// The call that failCall has made fail, empty until then.
+  [[nodiscard]] std::string failed() const;
   /// As long as the result lives, each call of an operation runs the action before it is answered: for a look at what is so
   /// at that moment.
   [[nodiscard]] std::shared_ptr<const void> onCall(std::string operation, std::function<void()> action);
@@ -73,6 +77,9 @@ class FakeCalls {
   mutable std::mutex m_mutex;
   std::vector<std::string> m_calls;
   std::vector<Plan> m_plans;
+  int m_untilFailure = 0;  ///< calls until the one that fails whatever it is, 0 = none
+  std::uint32_t m_failureCode = 0;
+  std::string m_failed;
   std::vector<Watch> m_watches;
 };
 

@@ -86,6 +86,7 @@ class FakeMemoryUser : public FakeMemory<IMemoryUser> {
 }  // namespace
 
 FakeProvider::~FakeProvider() {
+  --m_alive;
   m_calls.note("provider.destroyed");
 }
 
@@ -190,7 +191,7 @@ IProvider* FakeDataLayer::createProvider(const std::string& endpoint) {
   if (m_calls.note("dataLayer.createProvider", endpoint)) {
     return nullptr;
   }
-  m_lastProvider = new FakeProvider(m_calls);
+  m_lastProvider = new FakeProvider(m_calls, m_providersAlive);
   return m_lastProvider;
 }
 

@@ -29,7 +29,8 @@ struct FakeMemoryState {
 /// "provider.registerType", "provider.unregisterType", and "provider.destroyed".
 class FakeProvider : public comm::datalayer::IProvider {
  public:
-  explicit FakeProvider(FakeCalls& calls) : m_calls(calls) {}
+  /// `alive` counts the providers that exist.
+  FakeProvider(FakeCalls& calls, int& alive) : m_calls(calls), m_alive(alive) { ++m_alive; }
   ~FakeProvider() override;
 
   comm::datalayer::DlResult start() override;
@@ -45,6 +46,7 @@ class FakeProvider : public comm::datalayer::IProvider {
 
  private:
   FakeCalls& m_calls;
+  int& m_alive;
   bool m_isStarted = false;
 };
 
@@ -104,7 +106,8 @@ class FakeDataLayer : public comm::datalayer::IDataLayerFactory {
   /// The provider that was given to the last createMemorySync, and the last one created.
   const comm::datalayer::IProvider* m_memoryProvider = nullptr;
   FakeProvider* m_lastProvider = nullptr;
-  int m_openUsers = 0;  ///< user handles opened and not closed
+  int m_openUsers = 0;       ///< user handles opened and not closed
+  int m_providersAlive = 0;  ///< providers created and not destroyed
 
  private:
   FakeCalls& m_calls;

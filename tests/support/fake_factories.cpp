@@ -38,11 +38,16 @@ ObjFactoryResult FakeObjFactory::createObj(const char* name, std::uint32_t flags
   if (const auto code = m_calls.note("objFactory.createObj", name, flags)) {
     return static_cast<ObjFactoryResult>(*code);
   }
-  const auto found = m_prototypes.find(name);
-  if (found == m_prototypes.end()) {
-    return ObjFactoryResult::UnknownObject;
+  const core::IAmCreatable* prototype = nullptr;
+  {
+    const AllocationPause pause;
+    const auto found = m_prototypes.find(name);
+    if (found == m_prototypes.end()) {
+      return ObjFactoryResult::UnknownObject;
+    }
+    prototype = found->second.get();
   }
-  out = dynamic_cast<core::job::IJobObject*>(found->second->createNew());
+  out = dynamic_cast<core::job::IJobObject*>(prototype->createNew());
   return out != nullptr ? ObjFactoryResult::Okay : ObjFactoryResult::CreationFailed;
 }
 

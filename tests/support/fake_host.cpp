@@ -21,7 +21,9 @@ core::FctResult createExtIfObj(void* context, const core::ComponentVersionAdd* v
   auto& host = *static_cast<FakeHost*>(context);
   host.m_extensionContext = context;
   host.m_version = *version;
-  host.calls.note("extension.createExtIfObj", version->componentName);
+  if (const auto code = host.calls.note("extension.createExtIfObj", version->componentName)) {
+    return static_cast<core::FctResult>(*code);
+  }
   if (host.m_makesExtension) {
     *ext = new OwnedMotionExt(host);
   }

@@ -1,7 +1,6 @@
 // The component's command options, for tests that hold for each of them.
 #pragma once
 
-#include <flatbuffers/flatbuffers.h>
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -16,52 +15,20 @@
 #include "impl/send_signal/option_set_signal_pars.h"
 #include "impl/switch_on_path/cmd_option_switch_on_path.h"
 #include "support/fake_factories.h"
+#include "support/parameter_table.h"
 
 namespace motion::kavo::cmd {
 
-/// A table as a client would send it, with the fields that are given; the first field is the permanence.
-class OptionTable {
+/// A table whose first field is the permanence, absent when it is not given.
+class OptionTable : public test::ParameterTable {
  public:
   explicit OptionTable(const std::optional<std::string>& permType) {
-    m_builder.ForceDefaults(true);
     if (permType) {
-      m_permType = m_builder.CreateString(*permType);
+      withText(PERM_TYPE, *permType);
     }
   }
 
-  /// Adds a field by its place in the table. Vectors come before all others.
-  OptionTable& with(flatbuffers::voffset_t place, const std::vector<double>& values) {
-    m_vectors.emplace_back(place, m_builder.CreateVector(values));
-    return *this;
-  }
-  template <typename NUMBER>
-  OptionTable& with(flatbuffers::voffset_t place, NUMBER value) {
-    m_adders.push_back([this, place, value] { m_builder.AddElement<NUMBER>(place, value, 0); });
-    return *this;
-  }
-
-  [[nodiscard]] comm::datalayer::Variant finish() {
-    const auto start = m_builder.StartTable();
-    if (m_permType) {
-      m_builder.AddOffset(PERM_TYPE, *m_permType);
-    }
-    for (const auto& [place, vector] : m_vectors) {
-      m_builder.AddOffset(place, vector);
-    }
-    for (const auto& add : m_adders) {
-      add();
-    }
-    m_builder.Finish(flatbuffers::Offset<flatbuffers::Table>(m_builder.EndTable(start)));
-    return comm::datalayer::Variant::fromFlatBuffer({m_builder.GetBufferPointer(), m_builder.GetSize()});
-  }
-
-  static constexpr flatbuffers::voffset_t PERM_TYPE = 4;
-
- private:
-  flatbuffers::FlatBufferBuilder m_builder;
-  std::optional<flatbuffers::Offset<flatbuffers::String>> m_permType;
-  std::vector<std::pair<flatbuffers::voffset_t, flatbuffers::Offset<flatbuffers::Vector<double>>>> m_vectors;
-  std::vector<std::function<void()>> m_adders;
+  static constexpr Place PERM_TYPE = 4;
 };
 
 struct OptionCase {
