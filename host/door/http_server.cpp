@@ -6,7 +6,9 @@
 #include <atomic>
 #include <cctype>
 #include <charconv>
+#include <chrono>
 #include <exception>
+#include <memory>
 #include <optional>
 #include <string_view>
 #include <system_error>
@@ -152,7 +154,34 @@ Request requestFrom(const httplib::Request& from, std::string body) {
   return request;
 }
 
-void fill(httplib::Response& to, const Response& from) {
+/// Counts the streams of events that are under way.
+class OpenStreams {
+ public:
+  /// One of them, until it is destroyed.
+  class Entry {
+   public:
+    explicit Entry(OpenStreams& streams) : m_streams(streams) { ++m_streams.m_count; }
+    Entry(const Entry&) = delete;
+    Entry& operator=(const Entry&) = delete;
+    ~Entry() { --m_streams.m_count; }
+
+   private:
+    OpenStreams& m_streams;
+  };
+
+  /// Returns when there is none, or after the limit.
+  void awaitEnd(std::chrono::milliseconds limit) const noexcept {
+    const auto end = std::chrono::steady_clock::now() + limit;
+    while (m_count > 0 && std::chrono::steady_clock::now() < end) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+  }
+
+ private:
+  std::atomic<int> m_count{0};
+};
+
+void fill(httplib::Response& to, const Response& from, OpenStreams& streams) {
   to.status = from.status;
   for (const auto& [name, value] : from.headers) {
     to.set_header(name, value);
@@ -161,7 +190,8 @@ void fill(httplib::Response& to, const Response& from) {
     to.set_content(from.body, from.contentType);
     return;
   }
-  to.set_chunked_content_provider(from.contentType, [events = from.events](std::size_t, httplib::DataSink& sink) {
+  const auto entry = std::make_shared<OpenStreams::Entry>(streams);
+  to.set_chunked_content_provider(from.contentType, [events = from.events, entry](std::size_t, httplib::DataSink& sink) {
     const std::optional<std::string> text = events->next(HEARTBEAT);
     if (!text) {
       sink.done();
@@ -201,8 +231,8 @@ class HttpServer::Work final : public httplib::Server {
     set_keep_alive_timeout(std::chrono::duration_cast<std::chrono::seconds>(IDLE_LIMIT).count());
     set_payload_max_length(MAX_BODY);
     set_error_handler(Handler(explainError));
-    set_exception_handler([](const httplib::Request&, httplib::Response& response, const std::exception_ptr&) {
-      fill(response, refuse(500, messageFor(500)));
+    set_exception_handler([this](const httplib::Request&, httplib::Response& response, const std::exception_ptr&) {
+      fill(response, refuse(500, messageFor(500)), m_streams);
     });
     set_pre_routing_handler(
         [this](const httplib::Request& request, httplib::Response& response) { return beforeBody(request, response); });
@@ -231,6 +261,8 @@ class HttpServer::Work final : public httplib::Server {
     while (!is_running() && !m_hasStopped) {
       std::this_thread::yield();  // it has just been started, and would not hear of the end
     }
+    // A server that stops asks no stream for its last event any more.
+    m_streams.awaitEnd(FAREWELL_LIMIT);
     stop();
     m_connections.endAll(FAREWELL_LIMIT);
     m_acceptor.reset();
@@ -245,11 +277,11 @@ class HttpServer::Work final : public httplib::Server {
   HandlerResponse beforeBody(const httplib::Request& request, httplib::Response& response) {
     const BodyPlan plan = planBody(request);
     if (plan.refusal != 0) {
-      fill(response, refuse(plan.refusal, messageFor(plan.refusal)));
+      fill(response, refuse(plan.refusal, messageFor(plan.refusal)), m_streams);
     } else if (isRouted(request)) {
       return HandlerResponse::Unhandled;
     } else {
-      fill(response, m_handler(requestFrom(request, "")));
+      fill(response, m_handler(requestFrom(request, "")), m_streams);
     }
     return HandlerResponse::Handled;
   }
@@ -266,10 +298,10 @@ class HttpServer::Work final : public httplib::Server {
     });
     if (!isComplete || !fits) {
       const int status = fits ? 400 : 413;
-      fill(response, refuse(status, messageFor(status)));
+      fill(response, refuse(status, messageFor(status)), m_streams);
       return;
     }
-    fill(response, m_handler(requestFrom(request, std::move(body))));
+    fill(response, m_handler(requestFrom(request, std::move(body))), m_streams);
   }
 
   bool process_and_close_socket(socket_t descriptor) override {
@@ -309,6 +341,7 @@ class HttpServer::Work final : public httplib::Server {
   }
 
   const HttpServer::Handler m_handler;
+  OpenStreams m_streams;
   OpenConnections m_connections;
   WorkerPool m_workers;
   std::atomic<bool> m_hasStopped{false};
