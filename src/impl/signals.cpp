@@ -54,7 +54,7 @@ FctResult Signals::beginAccess(std::uint8_t*& in, std::uint8_t*& out, std::uint3
     KAVO_TRACE_TEXT(Error, "Failed to open rt-dataLayer memory during construction");
     return FctResult::NotOkay;
   }
-  if (!rt_data::RtSignals::getInstance().isValidId(id)) {
+  if (!rt_data::RtSignals::isValidId(id)) {
     KAVO_TRACE(Error, "wrong id %d", id);
     return FctResult::InvalidParameter;
   }
