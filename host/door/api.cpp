@@ -21,8 +21,6 @@ namespace {
 constexpr int API_VERSION = 1;
 /// Whoever may read this signal may see what goes on in the run.
 constexpr std::uint32_t ANY_SIGNAL = 0;
-/// Texts of clients are repeated up to here.
-constexpr std::size_t MAX_QUOTE = 60;
 
 Response respond(const Json& json) {
   Response response;
@@ -83,8 +81,8 @@ auto Api::scopesOf(const Request& request) const -> Or<SignalAccess::Scopes> {
   for (const std::string& scope : scopes) {
     if (!std::ranges::binary_search(m_config.grantedScopes, scope)) {
       return refuseAsUnauthorized(
-          fmt::format("The header Kavo-Scopes names '{}', which this run does not grant. It grants: {}.",
-                      scope.substr(0, MAX_QUOTE), fmt::join(m_config.grantedScopes, ", ")));
+          fmt::format("The header Kavo-Scopes names {}, which this run does not grant. It grants: {}.", quote(scope),
+                      fmt::join(m_config.grantedScopes, ", ")));
     }
   }
   return scopes;

@@ -11,21 +11,13 @@
 
 namespace motion::host::door {
 
-using Json = nlohmann::json;
+using Json = nlohmann::ordered_json;
 
 namespace {
 
 constexpr const char* VALUE_BODY = "Expected is {\"value\": true} or {\"value\": false}.";
 /// Texts of clients are repeated up to here.
 constexpr std::size_t MAX_QUOTE = 60;
-
-std::string quote(std::string_view text) {
-  std::string result;
-  for (const char c : text.substr(0, MAX_QUOTE)) {
-    result += std::isprint(static_cast<unsigned char>(c)) != 0 ? c : '?';
-  }
-  return "'" + result + (text.size() > MAX_QUOTE ? "...'" : "'");
-}
 
 std::string_view trimmed(std::string_view text) {
   constexpr std::string_view BLANKS = " \t";
@@ -45,6 +37,14 @@ std::uint32_t toNumber(std::string_view digits) {
 }
 
 }  // namespace
+
+std::string quote(std::string_view text) {
+  std::string result;
+  for (const char c : text.substr(0, MAX_QUOTE)) {
+    result += std::isprint(static_cast<unsigned char>(c)) != 0 ? c : '?';
+  }
+  return "'" + result + (text.size() > MAX_QUOTE ? "...'" : "'");
+}
 
 std::vector<std::string> listOf(std::string_view text) {
   std::vector<std::string> list;

@@ -16,6 +16,9 @@ namespace motion::host::door {
 template <typename T>
 using Parsed = std::variant<T, Response>;
 
+/// What a client wrote, in quotes, for an answer that names it: without unprintable characters, and not more than the
+/// beginning.
+[[nodiscard]] std::string quote(std::string_view text);
 /// The parts between commas without the blanks around them; empty parts are left out.
 [[nodiscard]] std::vector<std::string> listOf(std::string_view text);
 /// The number of a signal in a path.

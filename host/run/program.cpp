@@ -179,7 +179,7 @@ std::string valueText(const Value& value) {
       return fmt::format("[{}]", fmt::join(parts, ", "));
     case Value::Kind::MAP:
       std::ranges::transform(value.fields, std::back_inserter(parts),
-                             [](const auto& field) { return fmt::format("{}: {}", field.first, valueText(field.second)); });
+                             [](const auto& field) { return fmt::format("{}: {}", field.key, valueText(field.value)); });
       return parts.empty() ? "" : fmt::format("{{{}}}", fmt::join(parts, ", "));
   }
   return "";

@@ -16,8 +16,8 @@ using scenario::Value;
 namespace {
 
 const Value* fieldOf(const Value& map, std::string_view name) {
-  const auto found = std::ranges::find(map.fields, name, &std::pair<std::string, Value>::first);
-  return found != map.fields.end() ? &found->second : nullptr;
+  const auto found = std::ranges::find(map.fields, name, &scenario::Field::key);
+  return found != map.fields.end() ? &found->value : nullptr;
 }
 
 std::uint32_t signalOf(const Value& parameters) {

@@ -206,7 +206,7 @@ void readExpectation(const Value& value, Reading& reading) {
     return;
   }
   const auto has = [&](std::string_view key) {
-    return std::any_of(value.fields.begin(), value.fields.end(), [&](const auto& field) { return field.first == key; });
+    return std::any_of(value.fields.begin(), value.fields.end(), [&](const auto& field) { return field.key == key; });
   };
   Expectation expectation{{}, inOneLine(value), value.mark};
   if (has("signal")) {

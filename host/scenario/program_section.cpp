@@ -36,9 +36,9 @@ std::optional<Call> readCall(const Value& value, std::string_view what, Reading&
     return std::nullopt;
   }
   if (value.fields.size() > 1) {
-    reading.problems.error(value.fields[1].second.key,
-                           fmt::format("{}: {} follows {} in the same entry", what, inQuotes(value.fields[1].first),
-                                       inQuotes(value.fields[0].first)),
+    reading.problems.error(value.fields[1].value.key,
+                           fmt::format("{}: {} follows {} in the same entry", what, inQuotes(value.fields[1].key),
+                                       inQuotes(value.fields[0].key)),
                            "begin each entry with '-'; parameters stand in braces or are indented further");
     return std::nullopt;
   }
@@ -60,12 +60,12 @@ std::optional<Call> readCall(const Value& value, std::string_view what, Reading&
 std::vector<OptionCall> takeOptions(Value& parameters, Reading& reading) {
   std::vector<OptionCall> options;
   const auto field = std::find_if(parameters.fields.begin(), parameters.fields.end(),
-                                  [](const auto& candidate) { return candidate.first == OPTIONS; });
+                                  [](const auto& candidate) { return candidate.key == OPTIONS; });
   if (field == parameters.fields.end()) {
     return options;
   }
-  if (isKindOrEmpty(field->second, Value::Kind::LIST, OPTIONS, reading.problems)) {
-    for (const Value& item : field->second.items) {
+  if (isKindOrEmpty(field->value, Value::Kind::LIST, OPTIONS, reading.problems)) {
+    for (const Value& item : field->value.items) {
       if (auto call = readCall(item, "option", reading)) {
         options.push_back({std::move(call->name), std::move(call->parameters), call->mark});
       }

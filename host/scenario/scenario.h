@@ -4,7 +4,6 @@
 #include <array>
 #include <cstdint>
 #include <string>
-#include <utility>
 #include <variant>
 #include <vector>
 
@@ -14,17 +13,25 @@
 
 namespace motion::host::scenario {
 
+struct Field;
+
 /// A value as the user wrote it, with its place.
 struct Value {
   enum class Kind { EMPTY, SCALAR, LIST, MAP };
 
   Kind kind = Kind::EMPTY;
-  std::string text;                                   ///< of a scalar
-  bool quoted = false;                                ///< a scalar in quotes is a text, whatever it looks like
-  std::vector<Value> items;                           ///< of a list
-  std::vector<std::pair<std::string, Value>> fields;  ///< of a map, in the order of the file
+  std::string text;           ///< of a scalar
+  bool quoted = false;        ///< a scalar in quotes is a text, whatever it looks like
+  std::vector<Value> items;   ///< of a list
+  std::vector<Field> fields;  ///< of a map, in the order of the file
   Mark mark;
   Mark key;  ///< where its key stands, if it is the field of a map
+};
+
+/// One field of a map.
+struct Field {
+  std::string key;
+  Value value;
 };
 
 struct SignalName {

@@ -228,8 +228,8 @@ MapReader::MapReader(const Value& map, std::string what, std::initializer_list<s
 
 const Value* MapReader::find(std::string_view key) const {
   const auto& fields = m_map.fields;
-  const auto found = std::find_if(fields.begin(), fields.end(), [&](const auto& field) { return field.first == key; });
-  return found != fields.end() ? &found->second : nullptr;
+  const auto found = std::find_if(fields.begin(), fields.end(), [&](const auto& field) { return field.key == key; });
+  return found != fields.end() ? &found->value : nullptr;
 }
 
 const Value* MapReader::require(std::string_view key) const {

@@ -227,7 +227,7 @@ class TreeBuilder : public YAML::EventHandler {
     if (value.kind == Value::Kind::EMPTY) {
       value.mark = map.keyMark;  // nothing has no place of its own
     }
-    map.value.fields.emplace_back(std::move(map.key), std::move(value));
+    map.value.fields.push_back({std::move(map.key), std::move(value)});
   }
 
   void checkTag(const Mark& mark, const std::string& tag) {

@@ -11,6 +11,8 @@
 #include <cstddef>
 #include <cstdio>
 
+#include "log_trace/or_empty.h"
+
 namespace common::log {
 namespace {
 
@@ -20,10 +22,6 @@ constexpr std::size_t OUTPUT_SIZE = 512;
 std::atomic<OutputHook> g_hook{nullptr};
 std::atomic<void*> g_hookUserData{nullptr};
 std::atomic<trace::ILogRealTime3*> g_internalTrace{nullptr};
-
-const char* orEmpty(const char* text) noexcept {
-  return text != nullptr ? text : "";
-}
 
 /// Writes past stdio, whose streams have a lock.
 void writeToStandardError(const char* text, std::size_t length) noexcept {

@@ -11,6 +11,7 @@
 #include <string_view>
 
 #include "log_trace/clock.h"
+#include "log_trace/or_empty.h"
 #include "log_trace/outputs_lib.h"
 
 namespace common::log {
@@ -18,10 +19,6 @@ namespace {
 
 constexpr std::size_t TIME_TEXT_SIZE = 28;
 constexpr std::size_t DESCRIPTION_SIZE = 768;
-
-const char* orEmpty(const char* text) noexcept {
-  return text != nullptr ? text : "";
-}
 
 }  // namespace
 

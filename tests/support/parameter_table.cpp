@@ -33,6 +33,15 @@ std::vector<std::uint8_t> ParameterTable::finishBytes() {
   return {m_builder.GetBufferPointer(), m_builder.GetBufferPointer() + m_builder.GetSize()};
 }
 
+std::vector<std::uint8_t> ParameterTable::finishMovedBytes() {
+  constexpr flatbuffers::uoffset_t STEP = 4;
+  auto bytes = finishBytes();
+  const auto root = flatbuffers::ReadScalar<flatbuffers::uoffset_t>(bytes.data());
+  flatbuffers::WriteScalar(bytes.data(), root + STEP);
+  bytes.insert(bytes.begin() + sizeof(root), STEP, 0);
+  return bytes;
+}
+
 comm::datalayer::Variant ParameterTable::finish() {
   return comm::datalayer::Variant::fromFlatBuffer(finishBytes());
 }

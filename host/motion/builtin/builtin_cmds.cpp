@@ -1,5 +1,6 @@
 #include "host/motion/builtin/builtin_cmds.h"
 
+#include <cstring>
 #include <new>
 #include <vector>
 
@@ -48,9 +49,13 @@ core::cmd::CmdMarshalFn marshalWith(READ read) {
   };
 }
 
-/// The numbers of a list, which may be absent.
+/// The numbers of a list, which may be absent. The verifier does not tell whether they lie where a double may be read.
 std::vector<double> numbersOf(const flatbuffers::Vector<double>* list) {
-  return list != nullptr ? std::vector<double>(list->begin(), list->end()) : std::vector<double>();
+  std::vector<double> numbers(list != nullptr ? list->size() : 0);
+  if (!numbers.empty()) {
+    std::memcpy(numbers.data(), list->Data(), numbers.size() * sizeof(double));
+  }
+  return numbers;
 }
 
 template <typename SCHEMA>

@@ -2,6 +2,7 @@
 #include "impl/switch_on_path/cmd_option_switch_on_path.h"
 
 #include <cstdio>
+#include <cstring>
 #include <utility>
 
 #include "impl/command/cmd_option.h"
@@ -51,6 +52,15 @@ CmdResult checkTarget(const CallSite& site, const flatbuffers::Vector<double>* t
     return CmdResult::InvalidParameterData;
   }
   return CmdResult::Okay;
+}
+
+/// The coordinates of a target that was checked. The verifier knows where the elements of a vector end, not whether they lie
+/// where a double may be read, so that they are copied byte by byte.
+std::array<double, COORDINATES> coordinatesOf(const flatbuffers::Vector<double>& target) noexcept {
+  static_assert(FLATBUFFERS_LITTLEENDIAN, "buffers are little endian");
+  std::array<double, COORDINATES> coordinates{};
+  std::memcpy(coordinates.data(), target.Data(), sizeof(coordinates));
+  return coordinates;
 }
 
 /// Reports to the object why conditions could not be carried over. What becomes of the report changes no result.
@@ -139,7 +149,7 @@ CmdResult CmdOptionSwitchOnPath::onMarshall(const comm::datalayer::Variant* data
     if (const CmdResult result = checkTarget(site, table.targetPosition(), diag); core::isFailure(result)) {
       return result;
     }
-    std::copy(table.targetPosition()->begin(), table.targetPosition()->end(), target.begin());
+    target = coordinatesOf(*table.targetPosition());
   }
   bool owned = false;
   return makeContainer<SwitchOnPathParsList>(values, owned, [&] {

@@ -131,6 +131,8 @@ std::vector<FieldRow> pathRows() {
   return {
       {table, "no-numbers", ParameterTable().withText(4, "Once").with(12, {1, 2, 3}).finishBytes(),
        record("mode=0 signalId=0 action=0", "(1,2,3)", none)},
+      {table, "target-anywhere", ParameterTable().withText(4, "Once").with(12, {1, 2, 3}).finishMovedBytes(),
+       record("mode=0 signalId=0 action=0", "(1,2,3)", none)},
       {table, "mode", ParameterTable().withText(4, "Once").with(12, {1, 2, 3}).with<std::uint8_t>(6, 255).finishBytes(),
        record("mode=255 signalId=0 action=0", "(1,2,3)", none)},
       {table, "signal",

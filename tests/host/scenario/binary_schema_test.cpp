@@ -139,7 +139,7 @@ TEST(BinarySchema, mayBeDamagedWithoutHarm) {
   Value parameters;
   parameters.kind = Value::Kind::MAP;
   for (const std::string name : {"i16", "f64", "flag", "colour", "text", "point"}) {
-    parameters.fields.emplace_back(name, number);
+    parameters.fields.push_back({name, number});
   }
   const bool held = rc::check("schemas with random bytes", [&] {
     Bytes bytes = original;

@@ -199,7 +199,7 @@ TEST(EncodeParameters, refusesUnknownFields) {
 
 TEST(EncodeParameters, refusesFieldsThatStandTwice) {
   Value parameters = valueOf("{i32: 1, i16: 2}");
-  parameters.fields[1].first = "i32";
+  parameters.fields[1].key = "i32";
   EXPECT_EQ(textsOf(encodeParameters(testSchema("every_type"), parameters, "Cmd", {9, 1}, "f").problems),
             (Texts{"f:1:10: Cmd: the parameter 'i32' stands twice"}));
 }
@@ -343,7 +343,7 @@ TEST(EncodeParameters, returnsRandomTextsToTheByte) {
       item.text = text;
       list.items.push_back(item);
     }
-    parameters.fields.emplace_back("texts", list);
+    parameters.fields.push_back({"texts", list});
     const EncodeResult result = encodeParameters(schema, parameters, "Cmd", {}, "f");
     RC_ASSERT(result.data.has_value());
     const auto* stored = flatbuffers::GetRoot<test::EveryType>(result.data->getFlatBuffer().data())->texts();

@@ -35,21 +35,21 @@ std::string placeOf(const Mark& mark) {
 TEST(ParseYaml, keepsKindsTextsAndTheOrderOfFields) {
   const Value sut = valueOf("b: 1\na: [x, 'y', {c: \"true\"}]\nd:\ne: {}\n");
   EXPECT_EQ(inOneLine(sut), "b: 1, a: [x, \"y\", {c: \"true\"}], d: null, e: {}");
-  EXPECT_FALSE(sut.fields[0].second.quoted);
-  EXPECT_TRUE(sut.fields[1].second.items[1].quoted);
-  EXPECT_EQ(sut.fields[2].second.kind, Value::Kind::EMPTY);
+  EXPECT_FALSE(sut.fields[0].value.quoted);
+  EXPECT_TRUE(sut.fields[1].value.items[1].quoted);
+  EXPECT_EQ(sut.fields[2].value.kind, Value::Kind::EMPTY);
 }
 
 TEST(ParseYaml, knowsWhereValuesAndKeysStand) {
   const Value sut = valueOf("one: 1\ntwo:\n  - {x: 5, yy: [6]}\nnone:\n");
-  const Value& item = sut.fields[1].second.items[0];
-  EXPECT_EQ(placeOf(sut.fields[0].second.key), "1:1");
-  EXPECT_EQ(placeOf(sut.fields[0].second.mark), "1:6");
+  const Value& item = sut.fields[1].value.items[0];
+  EXPECT_EQ(placeOf(sut.fields[0].value.key), "1:1");
+  EXPECT_EQ(placeOf(sut.fields[0].value.mark), "1:6");
   EXPECT_EQ(placeOf(item.mark), "3:5");
-  EXPECT_EQ(placeOf(item.fields[1].second.key), "3:12");
-  EXPECT_EQ(placeOf(item.fields[1].second.mark), "3:16");
-  EXPECT_EQ(placeOf(item.fields[1].second.items[0].mark), "3:17");
-  EXPECT_EQ(placeOf(sut.fields[2].second.mark), "4:1");
+  EXPECT_EQ(placeOf(item.fields[1].value.key), "3:12");
+  EXPECT_EQ(placeOf(item.fields[1].value.mark), "3:16");
+  EXPECT_EQ(placeOf(item.fields[1].value.items[0].mark), "3:17");
+  EXPECT_EQ(placeOf(sut.fields[2].value.mark), "4:1");
 }
 
 TEST(ParseYaml, placesNothingWhereItWouldStand) {
@@ -63,7 +63,7 @@ TEST(ParseYaml, placesNothingWhereItWouldStand) {
 
 TEST(ParseYaml, countsCharactersNotBytes) {
   const Value sut = valueOf("a: {\u00e4\u20ac: \u00b5, b: 1}\n");
-  EXPECT_EQ(placeOf(sut.fields[0].second.fields[1].second.key), "1:12");
+  EXPECT_EQ(placeOf(sut.fields[0].value.fields[1].value.key), "1:12");
 }
 
 TEST(ParseYaml, reportsKeysThatStandTwice) {
@@ -96,8 +96,8 @@ TEST(ParseYaml, refusesTagsAndSecondDocuments) {
 TEST(ParseYaml, replacesAliasesByWhatTheyName) {
   const Value sut = valueOf("a: &x {v: [1, 2]}\nb: *x\nc: &y 5\nd: [*y, *x]\n");
   EXPECT_EQ(inOneLine(sut), "a: {v: [1, 2]}, b: {v: [1, 2]}, c: 5, d: [5, {v: [1, 2]}]");
-  EXPECT_EQ(placeOf(sut.fields[1].second.mark), "2:4");
-  EXPECT_EQ(placeOf(sut.fields[1].second.key), "2:1");
+  EXPECT_EQ(placeOf(sut.fields[1].value.mark), "2:4");
+  EXPECT_EQ(placeOf(sut.fields[1].value.key), "2:1");
 }
 
 TEST(ParseYaml, refusesAnAliasInsideWhatItNames) {

@@ -109,6 +109,12 @@ TEST(ClockTest, TimeZeroHasNoText) {
   EXPECT_EQ(convert({0, 1'000}).text, "1970-01-01T00:00:00.000001Z");
 }
 
+TEST(ClockTest, TimesBeyondTheNumberOfMicrosecondsAreZero) {
+  EXPECT_EQ(convert({9'223'372'036'854, 775'807'000}).microseconds, LONG_MAX);
+  EXPECT_EQ(convert({9'223'372'036'854, 775'808'000}).microseconds, 0);
+  EXPECT_EQ(convert({9'223'372'036'855, 0}).microseconds, 0);
+}
+
 TEST(ClockTest, TimesWithoutSuchATextHaveNone) {
   EXPECT_EQ(convert({253'402'300'800, 0}).text, "") << "year 10000";
   EXPECT_EQ(convert({253'402'300'800, 0}).microseconds, 253'402'300'800'000'000);

@@ -1,9 +1,15 @@
 // Internal output: its form on standard error, its limits, the hook that replaces it, and the internal trace object.
 #include "log_trace/outputs_lib.h"
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
+#include <sys/time.h>
+#include <unistd.h>
 
+#include <algorithm>
+#include <array>
 #include <atomic>
+#include <csignal>
 #include <cwchar>
 #include <sstream>
 #include <string>
@@ -57,6 +63,89 @@ TEST(OutputsLibTest, NullTextsCountAsEmpty) {
   outputMessageLog(nullptr, 3, nullptr, nullptr);
   ASSERT_EQ(output.messages().size(), 1U);
   EXPECT_EQ(output.messages()[0].text, "");
+}
+
+TEST(OutputsLibTest, NullFormatCountsAsEmpty) {
+  CaptureStderr();
+  const char* const format = nullptr;
+  outputFunction("ERR", 3, "f", format);
+  EXPECT_EQ(GetCapturedStderr(), "ERR: f (line 3): \n");
+}
+
+/// Puts something else in the place of standard error, or nothing.
+class StandardErrorAway {
+ public:
+  StandardErrorAway() : m_kept(::dup(STDERR_FILENO)) { ::close(STDERR_FILENO); }
+  ~StandardErrorAway() {
+    ::dup2(m_kept, STDERR_FILENO);
+    ::close(m_kept);
+  }
+  StandardErrorAway(const StandardErrorAway&) = delete;
+  StandardErrorAway& operator=(const StandardErrorAway&) = delete;
+
+ private:
+  int m_kept;
+};
+
+TEST(OutputsLibTest, IsSilentWithoutAStandardError) {
+  const StandardErrorAway away;
+  outputFunction("ERR", 3, "f", "nobody reads this");
+  EXPECT_EQ(::fcntl(STDERR_FILENO, F_GETFD), -1) << "and opens nothing in its place";
+}
+
+/// A pipe that is full, which a signal empties: whoever writes is interrupted.
+class FullPipe {
+ public:
+  FullPipe() {
+    EXPECT_EQ(::pipe2(s_ends.data(), O_NONBLOCK), 0);
+    const std::array<char, 4096> filling{};
+    while (::write(s_ends[1], filling.data(), filling.size()) > 0) {
+    }
+    ::fcntl(s_ends[1], F_SETFL, 0);
+    struct sigaction action {};
+    action.sa_handler = [](int) { drain(); };  // without SA_RESTART: what it interrupts ends with EINTR
+    ::sigaction(SIGALRM, &action, &m_before);
+  }
+  ~FullPipe() {
+    ::sigaction(SIGALRM, &m_before, nullptr);
+    ::close(s_ends[0]);
+    ::close(s_ends[1]);
+  }
+  FullPipe(const FullPipe&) = delete;
+  FullPipe& operator=(const FullPipe&) = delete;
+
+  [[nodiscard]] int writingEnd() const { return s_ends[1]; }
+  /// Lets the signal come soon.
+  void interruptSoon() const {
+    const itimerval soon{.it_interval = {}, .it_value = {.tv_sec = 0, .tv_usec = 50'000}};
+    ::setitimer(ITIMER_REAL, &soon, nullptr);
+  }
+  [[nodiscard]] std::string content() const {
+    std::string result(4096, '\0');
+    result.resize(static_cast<std::size_t>(std::max<ssize_t>(0, ::read(s_ends[0], result.data(), result.size()))));
+    return result;
+  }
+
+ private:
+  static void drain() {
+    std::array<char, 4096> rest{};
+    while (::read(s_ends[0], rest.data(), rest.size()) > 0) {
+    }
+  }
+
+  inline static std::array<int, 2> s_ends{};
+  struct sigaction m_before {};
+};
+
+TEST(OutputsLibTest, WritesAgainWhatWasInterrupted) {
+  const FullPipe pipe;
+  {
+    const StandardErrorAway away;
+    ASSERT_EQ(::dup2(pipe.writingEnd(), STDERR_FILENO), STDERR_FILENO);
+    pipe.interruptSoon();
+    outputFunction("ERR", 3, "f", "interrupted");
+  }
+  EXPECT_EQ(pipe.content(), "ERR: f (line 3): interrupted\n");
 }
 
 TEST(OutputsLibTest, HookReceivesMessagesInsteadOfStandardError) {

@@ -7,6 +7,8 @@
 #include <optional>
 #include <string>
 
+#include "support/fake_allocation.h"
+
 namespace common::log {
 namespace {
 
@@ -47,6 +49,13 @@ TEST_F(SnapNameTest, StaysAsItWasAtConstruction) {
   const SnapName sut;
   ::setenv("SNAP_NAME", "later", 1);
   EXPECT_EQ(sut.get(), longName);
+}
+
+TEST_F(SnapNameTest, IsUnknownWithoutMemoryForTheVariable) {
+  ::setenv("SNAP_NAME", std::string(300, 's').c_str(), 1);
+  std::optional<SnapName> sut;
+  EXPECT_TRUE(motion::test::failsDuring(1, [&sut] { sut.emplace(); }));
+  EXPECT_STREQ(sut->get(), "unknownSnap");
 }
 
 }  // namespace

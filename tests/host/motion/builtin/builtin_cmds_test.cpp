@@ -19,6 +19,7 @@
 #include "schemas/host/cmdMoveCirc_generated.h"
 #include "schemas/host/cmdMoveLin_generated.h"
 #include "schemas/host/cmdMoveRel_generated.h"
+#include "support/parameter_table.h"
 
 namespace motion::host::builtin {
 namespace {
@@ -112,6 +113,13 @@ TEST_F(BuiltinCmdsTest, decodesParameters) {
   const auto dwell = decode({ObjectType::KINEMATICS, "Dwell"}, finish(wait, fbs::CreateCmdDwell(wait, 0.5)));
   ASSERT_NE(DwellPars::safeCast(dwell.get()), nullptr);
   EXPECT_EQ(DwellPars::safeCast(dwell.get())->get().time, 0.5);
+}
+
+TEST_F(BuiltinCmdsTest, readsCoordinatesWhereverTheyLie) {
+  const auto data = Variant::fromFlatBuffer(test::ParameterTable().with(4, {1.5, -2.25, 1e9}).finishMovedBytes());
+  const auto moveLin = decode({ObjectType::KINEMATICS, "MoveLin"}, data);
+  ASSERT_NE(KinMovePars::safeCast(moveLin.get()), nullptr);
+  EXPECT_THAT(KinMovePars::safeCast(moveLin.get())->get().to, ElementsAre(1.5, -2.25, 1e9));
 }
 
 TEST_F(BuiltinCmdsTest, decodesMovesOfAKinematics) {

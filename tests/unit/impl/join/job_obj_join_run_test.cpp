@@ -254,6 +254,14 @@ TEST_F(JobObjJoinRunTest, NeverFinishesWithoutAnOccurrence) {
   EXPECT_EQ(JoinCmdGlobalContext::listSize(), 0U);
 }
 
+TEST_F(JobObjJoinRunTest, TakesPartInNothingWhenItsObjectIsGone) {
+  const auto orphan = member(m_a, 11, m_ab);
+  orphan->m_objPtr.set(nullptr);
+  EXPECT_EQ(orphan->m_job.registerForJoin(), JobResult::InvalidObject);
+  EXPECT_EQ(orphan->m_job.getContext(), nullptr);
+  EXPECT_EQ(JoinCmdGlobalContext::listSize(), 0U);
+}
+
 TEST_F(JobObjJoinRunTest, AnswersAnExceptionOfTheHostWithAFailure) {
   const auto waiting = prepared(m_a, 31, m_ab, true);
   const auto joining = prepared(m_a, 32, {&m_a});

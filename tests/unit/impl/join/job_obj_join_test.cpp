@@ -112,6 +112,11 @@ TEST_F(JobObjJoinTest, HasNothingAtFirst) {
   EXPECT_EQ(m_sut.getContext(), nullptr);
 }
 
+TEST_F(JobObjJoinTest, ListsNoNamesWithoutInputs) {
+  EXPECT_EQ(m_sut.initObjectNamesList(), JobResult::InvalidObject);
+  EXPECT_EQ(m_sut.getJobString(), "join(group=[],syncStartNextCmd=)");
+}
+
 TEST_F(JobObjJoinTest, FollowsWhatItsInputsLeadTo) {
   ASSERT_EQ(registerInputs(), JobResult::NoEffect);
   m_member.m_objPtr.set(&m_b);

@@ -123,6 +123,33 @@ TEST_F(JoinCmdGlobalContextCreateTest, GivesAStrangerNoPlace) {
   EXPECT_EQ(contextOf(first), sut.get()) << "it is open to the members";
 }
 
+TEST_F(JoinCmdGlobalContextCreateTest, GivesAStrangerNoPlaceInAnOpenOne) {
+  const auto first = prepared(m_a, 11, m_ab);
+  const auto stranger = member(m_c, 31, m_ab);
+  int index = 77;
+  EXPECT_EQ(Context::create(stranger->m_job, index).get(), contextOf(first));
+  EXPECT_EQ(index, -1);
+  EXPECT_EQ(contextOf(prepared(m_b, 21, m_ab)), contextOf(first)) << "it misses nobody else";
+  EXPECT_EQ(Context::listSize(), 0U);
+}
+
+TEST_F(JoinCmdGlobalContextCreateTest, DoesNotLinkACommandThatIsGone) {
+  const auto first = prepared(m_a, 11, m_ab);
+  const auto second = member(m_b, 21, m_ab);
+  second->m_cmdPtr.set(nullptr);
+  int index = -1;
+  EXPECT_EQ(Context::create(second->m_job, index).get(), contextOf(first));
+  EXPECT_EQ(index, 1);
+  EXPECT_EQ(Context::listSize(), 1U) << "still open";
+}
+
+TEST_F(JoinCmdGlobalContextCreateTest, OpensNothingForAJobWithoutInputs) {
+  int index = 77;
+  EXPECT_EQ(Context::create(JobObjJoin(), index), nullptr);
+  EXPECT_EQ(index, -1);
+  EXPECT_EQ(Context::listSize(), 0U);
+}
+
 TEST_F(JoinCmdGlobalContextCreateTest, PurgesAbortedOccurrencesOfAnyGroup) {
   const auto first = prepared(m_a, 11, m_ab);
   m_a.m_cmdStates[11] = CmdState::ABORTED;

@@ -1,4 +1,5 @@
 // How conditions of the option SwitchOnPath are converted into internal units and carried over to the next command.
+#include <cstdlib>
 #include <stdexcept>
 
 #include "impl/send_signal/send_signal_pars.h"
@@ -308,6 +309,23 @@ TEST_F(CmdOptionSwitchOnPathStackingTest, CarriesAllOrNothingWhenAnAllocationFai
                                                    EXPECT_EQ(values.get().size(), hasFailed ? 1U : 3U);
                                                  });
   EXPECT_GT(failures, 0);
+}
+
+/// Leaves the process with 0 when a new condition is refused because nobody can convert it.
+[[noreturn]] void prepareUnregistered() {
+  test::FakeCalls calls;
+  test::FakeObj obj(calls);
+  const FakeOptHandler handler;
+  auto values = listOf({sphere(2, {0, 0, 0}, 1)});
+  auto permType = CmdOptPermType::ONCE;
+  const auto result = CmdOptionSwitchOnPath().prepareStackableCmdOption(obj, handler, &values, permType, {});
+  std::exit(result == CmdResult::NullPointer && handler.m_asked.empty() && values.get().front()->radius == 1.0 ? 0 : 1);
+}
+
+TEST(CmdOptionSwitchOnPathUnregisteredDeathTest, RefusesConditionsBeforeItIsRegistered) {
+  // In a process of its own, where no other test has registered the option.
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(prepareUnregistered(), testing::ExitedWithCode(0), "");
 }
 
 TEST_F(CmdOptionSwitchOnPathStackingTest, IsReachedThroughItsSlot) {

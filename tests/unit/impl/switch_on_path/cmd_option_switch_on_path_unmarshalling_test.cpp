@@ -91,6 +91,12 @@ TEST_F(CmdOptionSwitchOnPathUnmarshallingTest, TakesZeroForAbsentFields) {
   EXPECT_FALSE(read.reached);
 }
 
+TEST_F(CmdOptionSwitchOnPathUnmarshallingTest, ReadsATargetWhereverItLies) {
+  const auto read =
+      conditionOf(Variant::fromFlatBuffer(OptionTable("Once").with(TARGET_POSITION, {1.5, -2.25, 1e9}).finishMovedBytes()));
+  EXPECT_THAT(read.targetPos, ElementsAre(1.5, -2.25, 1e9));
+}
+
 TEST_F(CmdOptionSwitchOnPathUnmarshallingTest, LeavesTheNumbersToLaterChecks) {
   const auto read = conditionOf(OptionTable("Once")
                                     .with(TARGET_POSITION, {0, 0, 0})

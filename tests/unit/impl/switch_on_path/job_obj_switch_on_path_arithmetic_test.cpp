@@ -19,11 +19,8 @@ double below(double value) {
   return std::nextafter(value, -INFINITE);
 }
 
-/// With and without the processor's own fused operation.
-class JobObjSwitchOnPathArithmeticTest : public SwitchOnPathJobTest, public testing::WithParamInterface<FusedArithmetic> {
+class JobObjSwitchOnPathArithmeticTest : public SwitchOnPathBothWaysTest {
  protected:
-  JobObjSwitchOnPathArithmeticTest() { m_arithmetic = GetParam(); }
-
   /// Does a condition fire in its first cycle, with the tool at a point?
   [[nodiscard]] bool isInside(const Point& point, const Point& target, double radius) {
     arm({sphere(0, target, radius)});
@@ -162,16 +159,7 @@ TEST_P(JobObjSwitchOnPathArithmeticTest, LooksAheadByPartsOfACycle) {
   EXPECT_TRUE(looksAt(2, 1, 0, 0.0005, -0.5)) << "backwards too";
 }
 
-INSTANTIATE_TEST_SUITE_P(All, JobObjSwitchOnPathArithmeticTest, testing::ValuesIn([] {
-                           std::vector<FusedArithmetic> all{FusedArithmetic::BY_LIBRARY};
-                           if (availableArithmetic() == FusedArithmetic::BY_PROCESSOR) {
-                             all.push_back(FusedArithmetic::BY_PROCESSOR);
-                           }
-                           return all;
-                         }()),
-                         [](const auto& tested) {
-                           return tested.param == FusedArithmetic::BY_LIBRARY ? "ByLibrary" : "ByProcessor";
-                         });
+INSTANTIATE_TEST_SUITE_P(All, JobObjSwitchOnPathArithmeticTest, testing::ValuesIn(bothWays()), nameOfWay);
 
 }  // namespace
 }  // namespace motion::kavo::job

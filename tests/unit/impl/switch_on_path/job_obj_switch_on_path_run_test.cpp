@@ -15,7 +15,7 @@ const std::string ACTION_FAILED = "Error job_obj_switch_on_path execute: signal 
 constexpr auto RESET = SwitchOnPathAction::RESET_SIGNAL;
 constexpr auto NO_ACTION = static_cast<SwitchOnPathAction>(2);
 
-class JobObjSwitchOnPathRunTest : public SwitchOnPathJobTest {
+class JobObjSwitchOnPathRunTest : public SwitchOnPathBothWaysTest {
  protected:
   /// The traces of the job itself.
   [[nodiscard]] std::vector<std::string> ownTraces() const {
@@ -29,7 +29,7 @@ class JobObjSwitchOnPathRunTest : public SwitchOnPathJobTest {
   }
 };
 
-TEST_F(JobObjSwitchOnPathRunTest, SetsItsSignalWhenTheToolEntersTheSphere) {
+TEST_P(JobObjSwitchOnPathRunTest, SetsItsSignalWhenTheToolEntersTheSphere) {
   const auto armed = sphere(7, {10, 0, 0}, 2);
   arm({armed});
   for (double x = 0; x < 7.5; x += 1) {
@@ -43,7 +43,7 @@ TEST_F(JobObjSwitchOnPathRunTest, SetsItsSignalWhenTheToolEntersTheSphere) {
   EXPECT_THAT(traces(), IsEmpty());
 }
 
-TEST_F(JobObjSwitchOnPathRunTest, ResetsItsSignalWhenTheToolEntersTheSphere) {
+TEST_P(JobObjSwitchOnPathRunTest, ResetsItsSignalWhenTheToolEntersTheSphere) {
   out(7) = 9;
   arm({sphere(7, {0, 0, 0}, 1, 0, RESET)});
   EXPECT_EQ(cycleAt({0, 0, 0}), JobResult::NoEffect);
@@ -51,7 +51,7 @@ TEST_F(JobObjSwitchOnPathRunTest, ResetsItsSignalWhenTheToolEntersTheSphere) {
   EXPECT_THAT(traces(), IsEmpty());
 }
 
-TEST_F(JobObjSwitchOnPathRunTest, FiresOnceOnlyHoweverThePathGoesOn) {
+TEST_P(JobObjSwitchOnPathRunTest, FiresOnceOnlyHoweverThePathGoesOn) {
   arm({sphere(7, {0, 0, 0}, 1)});
   for (const double x : {2.0, 1.0, 0.0, 0.5, 3.0, 0.5, 0.0, 3.0, -0.5}) {
     EXPECT_EQ(cycleAt({x, 0, 0}), JobResult::NoEffect);
@@ -59,13 +59,13 @@ TEST_F(JobObjSwitchOnPathRunTest, FiresOnceOnlyHoweverThePathGoesOn) {
   EXPECT_EQ(in(7), 1);
 }
 
-TEST_F(JobObjSwitchOnPathRunTest, DoesNothingWithoutConditions) {
+TEST_P(JobObjSwitchOnPathRunTest, DoesNothingWithoutConditions) {
   arm({});
   EXPECT_EQ(cycleAt({0, 0, 0}), JobResult::NoEffect);
   EXPECT_THAT(m_host.calls.all(), IsEmpty());
 }
 
-TEST_F(JobObjSwitchOnPathRunTest, LeavesFiredConditionsAlone) {
+TEST_P(JobObjSwitchOnPathRunTest, LeavesFiredConditionsAlone) {
   const auto fired = sphere(7, {0, 0, 0}, 1);
   fired->reached = true;
   arm({fired, sphere(8, {0, 0, 0}, 1)});
@@ -74,7 +74,7 @@ TEST_F(JobObjSwitchOnPathRunTest, LeavesFiredConditionsAlone) {
   EXPECT_EQ(in(8), 1);
 }
 
-TEST_F(JobObjSwitchOnPathRunTest, LooksAtEveryConditionInEachCycle) {
+TEST_P(JobObjSwitchOnPathRunTest, LooksAtEveryConditionInEachCycle) {
   arm({sphere(1, {1, 0, 0}, 0.1), sphere(2, {3, 0, 0}, 0.1), sphere(3, {1, 0, 0}, 0.1), sphere(4, {2, 0, 0}, 0.1)});
   std::vector<std::vector<int>> signals;
   for (const double x : {1.0, 2.0, 3.0}) {
@@ -84,7 +84,7 @@ TEST_F(JobObjSwitchOnPathRunTest, LooksAtEveryConditionInEachCycle) {
   EXPECT_THAT(signals, ElementsAre(ElementsAre(1, 0, 1, 0), ElementsAre(1, 0, 1, 1), ElementsAre(1, 1, 1, 1)));
 }
 
-TEST_F(JobObjSwitchOnPathRunTest, DoesOppositeActionsOnOneSignalInTheOrderOfTheList) {
+TEST_P(JobObjSwitchOnPathRunTest, DoesOppositeActionsOnOneSignalInTheOrderOfTheList) {
   arm({sphere(7, {0, 0, 0}, 1), sphere(7, {0, 0, 0}, 1, 0, RESET)});
   EXPECT_EQ(cycleAt({0, 0, 0}), JobResult::NoEffect);
   EXPECT_EQ(in(7), out(7)) << "reset last";
@@ -95,7 +95,7 @@ TEST_F(JobObjSwitchOnPathRunTest, DoesOppositeActionsOnOneSignalInTheOrderOfTheL
   EXPECT_NE(in(7), out(7)) << "set last";
 }
 
-TEST_F(JobObjSwitchOnPathRunTest, StopsAtAnActionThatItDoesNotKnow) {
+TEST_P(JobObjSwitchOnPathRunTest, StopsAtAnActionThatItDoesNotKnow) {
   const auto unknown = sphere(7, {0, 0, 0}, 1, 0, NO_ACTION);
   const auto behind = sphere(8, {0, 0, 0}, 1);
   const auto before = sphere(9, {0, 0, 0}, 1);
@@ -116,7 +116,7 @@ TEST_F(JobObjSwitchOnPathRunTest, StopsAtAnActionThatItDoesNotKnow) {
   EXPECT_THAT(traces(), IsEmpty());
 }
 
-TEST_F(JobObjSwitchOnPathRunTest, StopsWhenASignalCannotBeSwitched) {
+TEST_P(JobObjSwitchOnPathRunTest, StopsWhenASignalCannotBeSwitched) {
   for (const auto action : {SwitchOnPathAction::SET_SIGNAL, RESET}) {
     in(7) = 0;
     out(7) = action == RESET ? 1 : 0;
@@ -137,7 +137,7 @@ TEST_F(JobObjSwitchOnPathRunTest, StopsWhenASignalCannotBeSwitched) {
   }
 }
 
-TEST_F(JobObjSwitchOnPathRunTest, MarksAConditionBeforeItSwitches) {
+TEST_P(JobObjSwitchOnPathRunTest, MarksAConditionBeforeItSwitches) {
   const auto armed = sphere(7, {0, 0, 0}, 1);
   arm({armed});
   bool wasReached = false;
@@ -146,7 +146,7 @@ TEST_F(JobObjSwitchOnPathRunTest, MarksAConditionBeforeItSwitches) {
   EXPECT_TRUE(wasReached);
 }
 
-TEST_F(JobObjSwitchOnPathRunTest, FailsWhenTheSignalsAreGone) {
+TEST_P(JobObjSwitchOnPathRunTest, FailsWhenTheSignalsAreGone) {
   const auto first = sphere(7, {0, 0, 0}, 1);
   const auto second = sphere(8, {0, 0, 0}, 1, 0, RESET);
   arm({first, second});
@@ -156,7 +156,7 @@ TEST_F(JobObjSwitchOnPathRunTest, FailsWhenTheSignalsAreGone) {
   EXPECT_EQ(cycleAt({0, 0, 0}), JobResult::NoEffect) << "both were tried once";
 }
 
-TEST_F(JobObjSwitchOnPathRunTest, LooksNotAheadInItsFirstCycle) {
+TEST_P(JobObjSwitchOnPathRunTest, LooksNotAheadInItsFirstCycle) {
   arm({sphere(7, {2, 0, 0}, 0.5, 0.001), sphere(8, {3, 0, 0}, 0.5, 0.001)});
   EXPECT_EQ(cycleAt({1, 0, 0}), JobResult::NoEffect);
   EXPECT_EQ(in(7), 0) << "from the origin it would seem to run to 2";
@@ -164,12 +164,12 @@ TEST_F(JobObjSwitchOnPathRunTest, LooksNotAheadInItsFirstCycle) {
   EXPECT_EQ(in(8), 1) << "the next point on the line is 3";
 }
 
-TEST_F(JobObjSwitchOnPathRunTest, LooksAtWhereItIsInItsFirstCycle) {
+TEST_P(JobObjSwitchOnPathRunTest, LooksAtWhereItIsInItsFirstCycle) {
   arm({sphere(7, {1, 0, 0}, 0, 0.001)});
   EXPECT_TRUE(firesAt({1, 0, 0}, 7));
 }
 
-TEST_F(JobObjSwitchOnPathRunTest, LooksAheadOnlyWhereItIsAskedTo) {
+TEST_P(JobObjSwitchOnPathRunTest, LooksAheadOnlyWhereItIsAskedTo) {
   arm({sphere(1, {10, 0, 0}, 0.5), sphere(2, {10, 0, 0}, 0.5, 0.002), sphere(3, {10, 0, 0}, 0.5, 0.004)});
   std::array<int, 4> firstCycle{};
   for (int x = 0; x <= 12; ++x) {
@@ -181,7 +181,7 @@ TEST_F(JobObjSwitchOnPathRunTest, LooksAheadOnlyWhereItIsAskedTo) {
   EXPECT_THAT(firstCycle, ElementsAre(0, 10, 8, 6)) << "two and four cycles earlier";
 }
 
-TEST_F(JobObjSwitchOnPathRunTest, LooksNotPastAPointWhereItStands) {
+TEST_P(JobObjSwitchOnPathRunTest, LooksNotPastAPointWhereItStands) {
   arm({sphere(7, {1, 0, 0}, 0, 0.5)});
   EXPECT_FALSE(firesAt({0, 0, 0}, 7));
   EXPECT_FALSE(firesAt({0, 0, 0}, 7));
@@ -189,14 +189,14 @@ TEST_F(JobObjSwitchOnPathRunTest, LooksNotPastAPointWhereItStands) {
   EXPECT_TRUE(firesAt({1, 0, 0}, 7));
 }
 
-TEST_F(JobObjSwitchOnPathRunTest, AsksTheObjectForItsCycleTime) {
+TEST_P(JobObjSwitchOnPathRunTest, AsksTheObjectForItsCycleTime) {
   m_obj.m_cycleTime = 0.004;
   arm({sphere(7, {4, 0, 0}, 0.25, 0.008)});
   EXPECT_FALSE(firesAt({1, 0, 0}, 7));
   EXPECT_TRUE(firesAt({2, 0, 0}, 7)) << "two cycles ahead";
 }
 
-TEST_F(JobObjSwitchOnPathRunTest, RemembersThePointBeforeAFailureOnly) {
+TEST_P(JobObjSwitchOnPathRunTest, RemembersThePointBeforeAFailureOnly) {
   const auto failing = sphere(6, {2, 0, 0}, 0, 0, NO_ACTION);
   arm({failing, sphere(7, {5, 0, 0}, 0, 0.001)});
   ASSERT_EQ(cycleAt({1, 0, 0}), JobResult::NoEffect);
@@ -205,14 +205,14 @@ TEST_F(JobObjSwitchOnPathRunTest, RemembersThePointBeforeAFailureOnly) {
   EXPECT_TRUE(firesAt({3, 0, 0}, 7));
 }
 
-TEST_F(JobObjSwitchOnPathRunTest, IsStillInItsFirstCycleAfterAFailureThere) {
+TEST_P(JobObjSwitchOnPathRunTest, IsStillInItsFirstCycleAfterAFailureThere) {
   arm({sphere(6, {1, 0, 0}, 0, 0, NO_ACTION), sphere(7, {4, 0, 0}, 0, 0.001), sphere(8, {2, 0, 0}, 0, 0.001)});
   ASSERT_EQ(cycleAt({1, 0, 0}), FAILED);
   EXPECT_FALSE(firesAt({2, 0, 0}, 7)) << "neither from the origin";
   EXPECT_EQ(in(8), 1) << "it looks at where it is";
 }
 
-TEST_F(JobObjSwitchOnPathRunTest, StartsAnewWithEveryJob) {
+TEST_P(JobObjSwitchOnPathRunTest, StartsAnewWithEveryJob) {
   const auto carried = sphere(7, {4, 0, 0}, 0, 0.001);
   arm({carried});
   ASSERT_FALSE(firesAt({1, 0, 0}, 7));
@@ -225,7 +225,7 @@ TEST_F(JobObjSwitchOnPathRunTest, StartsAnewWithEveryJob) {
   EXPECT_EQ(in(7), 1);
 }
 
-TEST_F(JobObjSwitchOnPathRunTest, FiresNoConditionTwiceThatTwoJobsShare) {
+TEST_P(JobObjSwitchOnPathRunTest, FiresNoConditionTwiceThatTwoJobsShare) {
   const auto shared = sphere(7, {0, 0, 0}, 1);
   const auto first = makeJob({shared});
   const auto second = makeJob({shared});
@@ -234,14 +234,25 @@ TEST_F(JobObjSwitchOnPathRunTest, FiresNoConditionTwiceThatTwoJobsShare) {
   EXPECT_EQ(in(7), 1);
 }
 
-TEST_F(JobObjSwitchOnPathRunTest, NeedsAnObjectAndAPose) {
+TEST_P(JobObjSwitchOnPathRunTest, NeedsAnObjectAndAPose) {
   m_objPtr.set(nullptr);
   arm({sphere(7, {0, 0, 0}, 1)});
   EXPECT_TRUE(core::isFailure(sut().execute()));
+  m_objPtr.set(&m_obj);
+  const auto list = listOf({sphere(7, {0, 0, 0}, 1)});
+  const auto published = m_handler.m_published;
+  for (const auto& [missing, container] : published) {
+    m_handler.m_published.erase(missing);
+    JobObjSwitchOnPath job(m_arithmetic);
+    EXPECT_EQ(job.setJobData(&list), JobResult::NoEffect);
+    EXPECT_TRUE(core::isFailure(job.registerInputs(&m_handler)));
+    EXPECT_TRUE(core::isFailure(job.execute()));
+    m_handler.m_published = published;
+  }
   EXPECT_EQ(in(7), 0);
 }
 
-TEST_F(JobObjSwitchOnPathRunTest, AllocatesNothing) {
+TEST_P(JobObjSwitchOnPathRunTest, AllocatesNothing) {
   arm({sphere(7, {1, 0, 0}, 0.5), sphere(8, {2, 0, 0}, 0.5, 0.001), sphere(9, {5, 0, 0}, 0.5)});
   const test::AllocationCount count;
   for (const double x : {0.0, 1.0, 2.0}) {
@@ -265,7 +276,7 @@ class AskedObj : public test::FakeObj {
   bool m_isSilent = false;
 };
 
-TEST_F(JobObjSwitchOnPathRunTest, FailsWhenItsObjectDoesNotTellTheCycleTime) {
+TEST_P(JobObjSwitchOnPathRunTest, FailsWhenItsObjectDoesNotTellTheCycleTime) {
   AskedObj obj(m_host.calls);
   m_objPtr.set(&obj);
   arm({sphere(7, {5, 0, 0}, 0.5, 0.001)});
@@ -276,7 +287,7 @@ TEST_F(JobObjSwitchOnPathRunTest, FailsWhenItsObjectDoesNotTellTheCycleTime) {
   EXPECT_EQ(cycleAt({1, 0, 0}), core::job::JobResult::NoEffect);
 }
 
-TEST_F(JobObjSwitchOnPathRunTest, AsksForTheCycleTimeOnceACycleAndOnlyToLookAhead) {
+TEST_P(JobObjSwitchOnPathRunTest, AsksForTheCycleTimeOnceACycleAndOnlyToLookAhead) {
   AskedObj obj(m_host.calls);
   obj.m_cycleTime = 0.001;
   m_objPtr.set(&obj);
@@ -286,6 +297,8 @@ TEST_F(JobObjSwitchOnPathRunTest, AsksForTheCycleTimeOnceACycleAndOnlyToLookAhea
   EXPECT_FALSE(firesAt({1, 0, 0}, 7));
   EXPECT_EQ(obj.m_asked, 1);
 }
+
+INSTANTIATE_TEST_SUITE_P(All, JobObjSwitchOnPathRunTest, testing::ValuesIn(bothWays()), nameOfWay);
 
 }  // namespace
 }  // namespace motion::kavo::job

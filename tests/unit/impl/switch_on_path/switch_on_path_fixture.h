@@ -83,6 +83,25 @@ class SwitchOnPathJobTest : public CommandTest {
   std::unique_ptr<JobObjSwitchOnPath> m_made = std::make_unique<JobObjSwitchOnPath>();
 };
 
+/// The same with and without the processor's own fused operation.
+class SwitchOnPathBothWaysTest : public SwitchOnPathJobTest, public testing::WithParamInterface<FusedArithmetic> {
+ protected:
+  SwitchOnPathBothWaysTest() { m_arithmetic = GetParam(); }
+};
+
+/// The ways that this processor has.
+inline std::vector<FusedArithmetic> bothWays() {
+  std::vector<FusedArithmetic> all{FusedArithmetic::BY_LIBRARY};
+  if (availableArithmetic() == FusedArithmetic::BY_PROCESSOR) {
+    all.push_back(FusedArithmetic::BY_PROCESSOR);
+  }
+  return all;
+}
+
+inline std::string nameOfWay(const testing::TestParamInfo<FusedArithmetic>& tested) {
+  return tested.param == FusedArithmetic::BY_LIBRARY ? "ByLibrary" : "ByProcessor";
+}
+
 }  // namespace job
 
 }  // namespace motion::kavo
