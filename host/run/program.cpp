@@ -54,7 +54,7 @@ class Preparer {
     }
     options.follow(given, *entry);
     observe::SyncStep sync = syncStepOf(*entry, call.parameters, object, m_runtime.objMgr());
-    if (sync.kind == observe::SyncKind::JOINS && sync.group.size() == 1 && !isGroupEmpty(call.parameters)) {
+    if (sync.kind == observe::SyncKind::JOINS && namesOnlyItself(call.parameters, object.name())) {
       problem(call.mark, fmt::format("'{}' of '{}' names nobody but '{}' itself", call.name, object.name(), object.name()),
               "name in 'group' the objects to join with");
       return;

@@ -82,9 +82,10 @@ SyncStep syncStepOf(const CmdEntry& entry, const Value& parameters, const Motion
   return step;
 }
 
-bool isGroupEmpty(const Value& parameters) {
+bool namesOnlyItself(const Value& parameters, const std::string& object) {
   const Value* const names = fieldOf(parameters, "group");
-  return names == nullptr || names->items.empty();
+  return names != nullptr && !names->items.empty() &&
+         std::ranges::all_of(names->items, [&object](const Value& name) { return name.text == object; });
 }
 
 }  // namespace motion::host::run

@@ -12,7 +12,7 @@ namespace motion::host::run {
 [[nodiscard]] observe::SyncStep syncStepOf(const CmdEntry& entry, const scenario::Value& parameters,
                                            const MotionObject& object, ObjMgr& objects);
 
-/// True when a join names no object at all.
-[[nodiscard]] bool isGroupEmpty(const scenario::Value& parameters);
+/// Does the group of a join name its own object, and nobody else?
+[[nodiscard]] bool namesOnlyItself(const scenario::Value& parameters, const std::string& object);
 
 }  // namespace motion::host::run

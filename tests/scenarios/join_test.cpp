@@ -146,6 +146,7 @@ TEST_F(Join, AGroupOfOneIsRefused) {
 TEST_F(Join, AnUnknownNameIsRefused) {
   expectRefused(std::string(TWO) + "program: {A: [Join: {group: [B, Nobody, Noone]}]}\n",
                 "motion object Nobody is not found");
+  expectRefused(std::string(TWO) + "program: {A: [Join: {group: [Nobody]}]}\n", "motion object Nobody is not found");
 }
 
 TEST_F(Join, AnEmptyGroupIsRefused) {

@@ -20,6 +20,7 @@ using host::observe::CmdRecord;
 using host::observe::RunRecord;
 using host::observe::SyncKind;
 using host::scenario::CommandCall;
+using host::scenario::Field;
 using host::scenario::OutsideEvent;
 using host::scenario::Scenario;
 using host::scenario::Value;
@@ -32,7 +33,7 @@ Value scalar(std::string text) {
   return value;
 }
 
-CommandCall call(std::string name, std::vector<std::pair<std::string, Value>> fields) {
+CommandCall call(std::string name, std::vector<Field> fields) {
   CommandCall made;
   made.name = std::move(name);
   made.parameters.kind = Value::Kind::MAP;

@@ -4,6 +4,7 @@
 #include <functional>
 
 #include "conformance/checks/frame_parts.h"
+#include "conformance/checks/function_checks.h"
 #include "conformance/expect.h"
 #include "conformance/records.h"
 #include "conformance/subject.h"
@@ -168,12 +169,7 @@ void oldPointer(const Bundle& bundle, const CommandFunction& function) {
 }  // namespace
 
 Checks publishedCommandChecks() {
-  struct Kind {
-    const char* name;
-    const char* sentence;
-    void (*run)(const Bundle&, const CommandFunction&);
-  };
-  static constexpr Kind KINDS[] = {
+  static constexpr FunctionCheck<CommandFunction> BODIES[] = {
       {"axis", "adds its command for an axis, with its parameters, once", axis},
       {"kinematics", "adds its command for a kinematics, with its parameters, once", kinematics},
       {"result", "answers with the context's result", passesResultOn},
@@ -184,13 +180,7 @@ Checks publishedCommandChecks() {
       {"old-pointer", "called through a pointer kept over a stop answers 0xF010000E", oldPointer},
   };
   Checks checks;
-  for (const auto& function : functions()) {
-    for (const auto& kind : KINDS) {
-      checks.push_back({fmt::format("command-functions.{}-{}", function.name, kind.name),
-                        fmt::format("{} {}", function.name, kind.sentence),
-                        [run = kind.run, function](const Bundle& bundle) { run(bundle, function); }});
-    }
-  }
+  addFunctionChecks<CommandFunction>(checks, functions(), BODIES);
   return checks;
 }
 

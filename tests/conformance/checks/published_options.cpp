@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "conformance/checks/frame_parts.h"
+#include "conformance/checks/function_checks.h"
 #include "conformance/expect.h"
 #include "conformance/records.h"
 #include "conformance/subject.h"
@@ -159,12 +160,7 @@ void permanence(const Bundle& bundle, std::uint32_t permType) {
 }  // namespace
 
 Checks publishedOptionChecks() {
-  struct Kind {
-    const char* name;
-    const char* sentence;
-    void (*run)(const Bundle&, const OptionFunction&);
-  };
-  static constexpr Kind KINDS[] = {
+  static constexpr FunctionCheck<OptionFunction> BODIES[] = {
       {"kinematics", "adds its option for a kinematics, with its parameters", handsOver},
       {"result", "answers with the context's result", passesResultOn},
       {"no-context", "answers 0xF010000E without a context, and traces nothing", noContext},
@@ -184,13 +180,7 @@ Checks publishedOptionChecks() {
                       "kinSwitchOnPathCmdOpt passes the permanence on, and the numbers as they are",
                       [permType](const Bundle& bundle) { permanence(bundle, permType); }});
   }
-  for (const auto& function : functions()) {
-    for (const auto& kind : KINDS) {
-      checks.push_back({fmt::format("command-functions.{}-{}", function.name, kind.name),
-                        fmt::format("{} {}", function.name, kind.sentence),
-                        [run = kind.run, function](const Bundle& bundle) { run(bundle, function); }});
-    }
-  }
+  addFunctionChecks<OptionFunction>(checks, functions(), BODIES);
   return checks;
 }
 

@@ -6,6 +6,7 @@
 #include "conformance/subject.h"
 #include "conformance/trace_texts.h"
 #include "schemas/datalayer/scopes_generated.h"
+#include "support/named_results.h"
 
 namespace motion::conformance {
 namespace {
@@ -13,6 +14,7 @@ namespace {
 using comm::datalayer::Scopes;
 
 constexpr std::uint32_t TIMEOUT = 0x8001000F;
+constexpr std::uint32_t FIRST_FAILURE = 0x80000000;
 
 struct ExpectedScope {
   std::string identifier;
@@ -138,65 +140,8 @@ void notWithdrawn(const Bundle& bundle, std::uint32_t code, const std::string& n
   subject.expectNothingLeft();
 }
 
-struct ResultName {
-  std::uint32_t code;
-  const char* name;
-};
-
-/// Failures only: traces show no others.
-constexpr ResultName RESULT_NAMES[] = {
-    {0x80000001, "DL_FAILED"},
-    {0x80010001, "DL_INVALID_ADDRESS"},
-    {0x80010002, "DL_UNSUPPORTED"},
-    {0x80010003, "DL_OUT_OF_MEMORY"},
-    {0x80010004, "DL_LIMIT_MIN"},
-    {0x80010005, "DL_LIMIT_MAX"},
-    {0x80010006, "DL_TYPE_MISMATCH"},
-    {0x80010007, "DL_SIZE_MISMATCH"},
-    {0x80010009, "DL_INVALID_FLOATINGPOINT"},
-    {0x8001000A, "DL_INVALID_HANDLE"},
-    {0x8001000B, "DL_INVALID_OPERATION_MODE"},
-    {0x8001000C, "DL_INVALID_CONFIGURATION"},
-    {0x8001000D, "DL_INVALID_VALUE"},
-    {0x8001000E, "DL_SUBMODULE_FAILURE"},
-    {0x8001000F, "DL_TIMEOUT"},
-    {0x80010010, "DL_ALREADY_EXISTS"},
-    {0x80010011, "DL_CREATION_FAILED"},
-    {0x80010012, "DL_VERSION_MISMATCH"},
-    {0x80010013, "DL_DEPRECATED"},
-    {0x80010014, "DL_PERMISSION_DENIED"},
-    {0x80010015, "DL_NOT_INITIALIZED"},
-    {0x80010016, "DL_MISSING_ARGUMENT"},
-    {0x80010017, "DL_TOO_MANY_ARGUMENTS"},
-    {0x80010018, "DL_RESOURCE_UNAVAILABLE"},
-    {0x80010019, "DL_COMMUNICATION_ERROR"},
-    {0x8001001A, "DL_TOO_MANY_OPERATIONS"},
-    {0x8001001B, "DL_WOULD_BLOCK"},
-    {0x80020001, "DL_COMM_PROTOCOL_ERROR"},
-    {0x80020002, "DL_COMM_INVALID_HEADER"},
-    {0x80030001, "DL_CLIENT_NOT_CONNECTED"},
-    {0x80040001, "DL_PROVIDER_RESET_TIMEOUT"},
-    {0x80040002, "DL_PROVIDER_UPDATE_TIMEOUT"},
-    {0x80040003, "DL_PROVIDER_SUB_HANDLING"},
-    {0x80060001, "DL_RT_NOTOPEN"},
-    {0x80060002, "DL_RT_INVALIDOBJECT"},
-    {0x80060003, "DL_RT_WRONGREVISON"},
-    {0x80060004, "DL_RT_NOVALIDDATA"},
-    {0x80060005, "DL_RT_MEMORYLOCKED"},
-    {0x80060006, "DL_RT_INVALIDMEMORYMAP"},
-    {0x80060007, "DL_RT_INVALID_RETAIN"},
-    {0x80060008, "DL_RT_INTERNAL_ERROR"},
-    {0x80060009, "DL_RT_MALLOC_FAILED"},
-    {0x8006000A, "DL_RT_WOULD_BLOCK"},
-    {0x80070001, "DL_SEC_NOTOKEN"},
-    {0x80070002, "DL_SEC_INVALIDSESSION"},
-    {0x80070003, "DL_SEC_INVALIDTOKENCONTENT"},
-    {0x80070004, "DL_SEC_UNAUTHORIZED"},
-    {0x80010008, "unknown"},
-    {0x8001001C, "unknown"},
-    {0x80050001, "unknown"},
-    {0x80000000, "unknown"},
-};
+/// Around those that have a name.
+constexpr std::uint32_t RESULTS_WITHOUT_NAME[] = {0x80010008, 0x8001001C, 0x80050001, 0x80000000};
 
 }  // namespace
 
@@ -223,10 +168,18 @@ Checks scopeChecks() {
                       "the scope has its name, its description and its addresses in their lists",
                       [i](const Bundle& bundle) { scope(bundle, i); }});
   }
-  for (const auto& row : RESULT_NAMES) {
-    checks.push_back({fmt::format("scopes.result-{:08X}", row.code),
-                      fmt::format("traces call the data-layer result 0x{:08X} {}", row.code, row.name),
-                      [row](const Bundle& bundle) { refused(bundle, row.code, row.name); }});
+  const auto add = [&checks](std::uint32_t code, const std::string& name) {
+    checks.push_back({fmt::format("scopes.result-{:08X}", code),
+                      fmt::format("traces call the data-layer result 0x{:08X} {}", code, name),
+                      [code, name](const Bundle& bundle) { refused(bundle, code, name); }});
+  };
+  for (const auto& result : test::NAMED_RESULTS) {
+    if (result.code >= FIRST_FAILURE) {  // traces show no others
+      add(result.code, result.name);
+    }
+  }
+  for (const std::uint32_t code : RESULTS_WITHOUT_NAME) {
+    add(code, "unknown");
   }
   return checks;
 }

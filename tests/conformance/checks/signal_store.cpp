@@ -176,35 +176,30 @@ void accessFails(const Bundle& bundle, const Function& function, const AccessFai
   expectEqual("result of the next call, which needs the lock", function.call(subject, 5, value), OKAY);
 }
 
-/// What set makes of counters.
-void setStep(const Bundle& bundle, std::uint8_t in, std::uint8_t out, std::uint8_t expected, bool warns) {
+/// What a function makes of the counters of a signal; it changes nothing else.
+void step(const Bundle& bundle, std::uint32_t (*function)(Subject&, std::uint32_t), std::uint8_t in, std::uint8_t out,
+          std::uint8_t expected, const Texts& traces) {
   Subject subject(bundle);
   subject.start();
   subject.in(5) = in;
   subject.out(5) = out;
   const auto inBefore = subject.bytes(SIGNALS_IN);
   const auto outBefore = subject.bytes(SIGNALS_OUT);
-  expectEqual("result", set(subject, 5), OKAY);
+  expectEqual("result", function(subject, 5), OKAY);
   expectEqual("output counter", subject.out(5), expected);
   expectOthersUntouched(subject, 5, inBefore, outBefore);
-  expectEqual("traces", subject.traces(),
-              warns ? Texts{warningOf("signals", "set",
-                                      "Signal(5) might be set by both the system function SetSignal as well as the command "
-                                      "SetSignal")}
-                    : Texts{});
+  expectEqual("traces", subject.traces(), traces);
+}
+
+void setStep(const Bundle& bundle, std::uint8_t in, std::uint8_t out, std::uint8_t expected, bool warns) {
+  const auto warning = warningOf("signals", "set",
+                                 "Signal(5) might be set by both the system function SetSignal as well as the command "
+                                 "SetSignal");
+  step(bundle, &set, in, out, expected, warns ? Texts{warning} : Texts{});
 }
 
 void resetStep(const Bundle& bundle, std::uint8_t in, std::uint8_t out) {
-  Subject subject(bundle);
-  subject.start();
-  subject.in(5) = in;
-  subject.out(5) = out;
-  const auto inBefore = subject.bytes(SIGNALS_IN);
-  const auto outBefore = subject.bytes(SIGNALS_OUT);
-  expectEqual("result", reset(subject, 5), OKAY);
-  expectEqual("output counter", subject.out(5), in);
-  expectOthersUntouched(subject, 5, inBefore, outBefore);
-  expectEqual("traces", subject.traces(), Texts{});
+  step(bundle, &reset, in, out, in, {});
 }
 
 void getStep(const Bundle& bundle, std::uint8_t in, std::uint8_t out, bool expected) {

@@ -110,10 +110,13 @@ TEST_F(SyncSteps, AnAbsentGroupHasNobodyButTheObject) {
   EXPECT_THAT(join("{}").group, ElementsAre(1));
 }
 
-TEST(IsGroupEmpty, WhenItIsAbsentOrNamesNobody) {
-  EXPECT_TRUE(isGroupEmpty(parameters("{}")));
-  EXPECT_TRUE(isGroupEmpty(parameters("{group: []}")));
-  EXPECT_FALSE(isGroupEmpty(parameters("{group: [A]}")));
+TEST(NamesOnlyItself, NeedsAName) {
+  EXPECT_FALSE(namesOnlyItself(parameters("{}"), "A"));
+  EXPECT_FALSE(namesOnlyItself(parameters("{group: []}"), "A"));
+  EXPECT_TRUE(namesOnlyItself(parameters("{group: [A]}"), "A"));
+  EXPECT_TRUE(namesOnlyItself(parameters("{group: [A, A]}"), "A"));
+  EXPECT_FALSE(namesOnlyItself(parameters("{group: [B]}"), "A"));
+  EXPECT_FALSE(namesOnlyItself(parameters("{group: [A, Nobody]}"), "A"));
 }
 
 }  // namespace
