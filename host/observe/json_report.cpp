@@ -33,10 +33,6 @@ const char* stateName(CmdState state) {
   return "";
 }
 
-Json cycleOrNull(std::uint64_t cycle) {
-  return cycle != 0 ? Json(cycle) : Json(nullptr);
-}
-
 Json author(const RunRecord& record, std::uint32_t object, std::size_t number) {
   return object == OUTSIDE ? Json("outside") : Json(commandText(record, object, number));
 }

@@ -10,11 +10,11 @@ namespace motion::host::observe {
 
 using Json = nlohmann::ordered_json;
 
-namespace {
-
 Json cycleOrNull(std::uint64_t cycle) {
   return cycle != 0 ? Json(cycle) : Json(nullptr);
 }
+
+namespace {
 
 Json namesJson(const RunRecord& record, const std::vector<std::uint32_t>& objects) {
   Json names = Json::array();

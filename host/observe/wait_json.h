@@ -7,6 +7,8 @@
 
 namespace motion::host::observe {
 
+/// The number of a cycle, or null for 0: it has not come.
+[[nodiscard]] nlohmann::ordered_json cycleOrNull(std::uint64_t cycle);
 /// One element per occurrence, in the order of findJoins.
 [[nodiscard]] nlohmann::ordered_json joinsJson(const RunRecord& record);
 /// One element per object that still waits, with the circle and the verdict.

@@ -3,9 +3,10 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cmath>
 #include <optional>
 #include <utility>
+
+#include "host/motion/whole_cycles.h"
 
 namespace motion::host::run {
 
@@ -15,9 +16,6 @@ using observe::Probe;
 using scenario::CommandRef;
 
 namespace {
-
-/// Share of a cycle that counts as rounding of the user's decimal numbers.
-constexpr double ROUNDING = 1e-6;
 
 std::string refText(const CommandRef& ref) {
   return fmt::format("{}#{}", ref.object, ref.number);
@@ -147,7 +145,7 @@ bool expectsFailure(const scenario::Scenario& scenario, const std::string& objec
 }  // namespace
 
 std::uint64_t firstCycleFrom(double time, double cycleTime) {
-  return static_cast<std::uint64_t>(std::max(0.0, std::ceil(time / cycleTime - ROUNDING))) + 1;
+  return static_cast<std::uint64_t>(std::max(0.0, wholeCycles(time, cycleTime))) + 1;
 }
 
 std::vector<Probe> probesFor(const scenario::Scenario& scenario, const ObjMgr& objects) {

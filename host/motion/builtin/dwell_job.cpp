@@ -3,23 +3,16 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cmath>
 
 #include "host/motion/builtin/job_data.h"
 #include "host/motion/section_mgr.h"
+#include "host/motion/whole_cycles.h"
 #include "host/support/guarded.h"
 
 namespace motion::host::builtin {
 
 using core::job::JobListTypes;
 using core::job::JobResult;
-
-namespace {
-
-/// Share of a cycle that counts as rounding of the user's decimal numbers.
-constexpr double ROUNDING = 1e-6;
-
-}  // namespace
 
 JobResult DwellJob::registerInputs(core::job::IJobDataHandler* handler) {
   core::IObjPtr* object = nullptr;
@@ -29,7 +22,7 @@ JobResult DwellJob::registerInputs(core::job::IJobDataHandler* handler) {
       return result;
     }
   }
-  const double cycles = std::ceil(m_pars->getRef().time / object->getRef()->getCycleTime() - ROUNDING);
+  const double cycles = wholeCycles(m_pars->getRef().time, object->getRef()->getCycleTime());
   m_cyclesLeft = static_cast<std::uint64_t>(std::max(1.0, cycles));
   return JobResult::NoEffect;
 }
