@@ -1,5 +1,6 @@
 # Installation and the Debian package. What is installed has the shape of the build tree: <prefix>/lib/motion-kavo holds bin/,
 # lib/ and bundle/, so that the tool finds its host and its bundle by its own place; <prefix>/bin leads there.
+set(CMAKE_INSTALL_DOCDIR share/doc/motion-kavo)
 include(GNUInstallDirs)
 set(kavo_home ${CMAKE_INSTALL_LIBDIR}/motion-kavo)
 string(REGEX REPLACE "^lib/[^/]+/" "lib/" kavo_home ${kavo_home})
@@ -22,7 +23,7 @@ install(DIRECTORY ${PROJECT_SOURCE_DIR}/schemas/command ${PROJECT_SOURCE_DIR}/sc
   DESTINATION ${CMAKE_INSTALL_DATADIR}/motion-kavo/schemas FILES_MATCHING PATTERN "*.fbs")
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/examples DESTINATION ${CMAKE_INSTALL_DOCDIR} FILES_MATCHING PATTERN "*.yaml")
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR}
-  FILES_MATCHING PATTERN "*.md" PATTERN "*.svg" PATTERN "*.json")
+  FILES_MATCHING PATTERN "*.md" PATTERN "*.svg" PATTERN "*.json" PATTERN "api-main.md" EXCLUDE PATTERN "man" EXCLUDE)
 install(FILES ${PROJECT_SOURCE_DIR}/README.md ${PROJECT_SOURCE_DIR}/CHANGELOG.md ${PROJECT_SOURCE_DIR}/contract/conventions.md
   DESTINATION ${CMAKE_INSTALL_DOCDIR})
 
@@ -54,8 +55,8 @@ set(CPACK_STRIP_FILES ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION misc)
 set(CPACK_DEBIAN_PACKAGE_DESCRIPTION "Motion.Kavo is a plug-in component by which the axes and kinematics of a motion-control
- runtime synchronise: signals, joins and switching on the path. The package has the bundle, the headers and schemas for whoever
- embeds it, the reference host with its tool kavo, and the conformance suite.")
+runtime synchronise: signals, joins and switching on the path. The package has the bundle, the headers and schemas for whoever
+embeds it, the reference host with its tool kavo, and the conformance suite.")
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR}/lib)
 include(CPack)
