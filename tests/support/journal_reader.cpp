@@ -21,7 +21,7 @@ constexpr std::chrono::milliseconds REOPEN_INTERVAL{500};
 constexpr std::uint64_t POLL_INTERVAL = 5'000;  // [us]
 
 [[noreturn]] void fail(const std::string& what) {
-  throw std::runtime_error(what + "; run the test through scripts/with_journald");
+  throw std::runtime_error(what + "; start systemd-journald, or run this through scripts/with_journald of the sources");
 }
 
 void check(int result, const char* operation) {
