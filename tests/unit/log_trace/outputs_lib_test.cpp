@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
+#include <cerrno>
 #include <csignal>
 #include <cwchar>
 #include <sstream>
@@ -128,9 +129,11 @@ class FullPipe {
 
  private:
   static void drain() {
+    const int before = errno;
     std::array<char, 4096> rest{};
     while (::read(s_ends[0], rest.data(), rest.size()) > 0) {
     }
+    errno = before;
   }
 
   inline static std::array<int, 2> s_ends{};
